@@ -1,0 +1,57 @@
+#include <mvx2/Channel.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr char carriage_return = '\r';
+constexpr char line_feed = '\n';
+
+// The terminal echoes the command line before it answers. Index 0 is never taken for the end of the echo.
+unsigned int answerStart(const unsigned char* data, unsigned int length) {
+  if (length < 2) return 2;
+  const unsigned char* const end = data + length;
+  const unsigned char* const feed = std::find(data + 1, end, static_cast<unsigned char>(line_feed));
+  return feed == end ? length : static_cast<unsigned int>(feed - data) + 1;
+}
+
+bool isPrompt(unsigned char byte) { return byte == '#' || byte == '>' || byte == '$'; }
+
+}  // namespace
+
+Channel::Channel() = default;
+
+Channel::~Channel() = default;
+
+std::string Channel::formatMessage(const std::string& command) {
+  std::string request = command;
+  if (request.find(carriage_return) == std::string::npos) request += carriage_return;
+  return request;
+}
+
+std::string Channel::formatResponse(const unsigned char* data, unsigned int length) {
+  std::string answer;
+  const unsigned int start = answerStart(data, length);
+  if (length <= start) return answer;
+
+  const unsigned char* const end = std::find_if(data + start, data + length, isPrompt);
+  answer.assign(data + start, end);
+  answer.erase(std::remove(answer.begin(), answer.end(), carriage_return), answer.end());
+  const std::size_t last = answer.rfind(line_feed);
+  if (last != std::string::npos) answer.erase(last, 1);
+  return answer;
+}
+
+std::string Channel::mvx2Transaction(const std::string& command) {
+  const std::string request = formatMessage(command);
+  const std::string raw = mvx2NoFormattedTransaction(request);
+  return formatResponse(reinterpret_cast<const unsigned char*>(raw.data()),
+                        static_cast<unsigned int>(raw.size()));
+}
+
+std::string Channel::mvx2Transaction(const std::string& command, int argument) {
+  return mvx2Transaction(command + ' ' + std::to_string(argument) + carriage_return);
+}
+
+const char* Channel::name() const noexcept { return m_name.c_str(); }

@@ -1,0 +1,14 @@
+#include <mvx2/NullStream.h>
+
+NullStream::NullStream() = default;
+
+NullStream::~NullStream() { close(); }
+
+NullStream null_stream;
+
+namespace {
+
+// At load: the facades' log streams are bound to this buffer without opening it themselves.
+const bool opened = null_stream.open("/dev/null", std::ios_base::out) != nullptr;
+
+}  // namespace

@@ -10,8 +10,8 @@
 #include <string>
 
 /**
- * A transport. It owns the text format: how a command line is terminated and how the useful text is cut out of
- * a raw reply. A derived class supplies the raw exchange.
+ * A transport. It owns the text format: how a command line is terminated and how the useful text is cut out
+ * of a raw reply. A derived class supplies the raw exchange.
  *
  * The virtual functions are declared in the order of their slots, which is part of the binary interface.
  */
@@ -62,7 +62,8 @@ class MVX2_API Channel {
   /** The same with one argument: the command, a blank, the argument in decimal and a carriage return. */
   std::string mvx2Transaction(const std::string& command, int argument);
 
-  /** The channel's name, NUL-terminated, valid as long as the channel; empty unless a derived class set one. */
+  /** The channel's name, NUL-terminated, valid as long as the channel; empty unless a derived class set one.
+   */
   const char* name() const noexcept;
 
  protected:

@@ -23,16 +23,17 @@ enum ConnectMode_t : int {
  * Drives one card terminal. At most two facades exist, one per slot; getInstance() makes them and
  * releaseInstance() destroys them.
  *
- * **Failures.** An operation that talks to the terminal catches every `std::exception`, writes one line to the
- * log and then does one of two things. With external exceptions off (the default) it calls reconnect(0), which
- * makes one attempt to rebuild the channel for the next call, and returns its neutral value. With external
- * exceptions on it throws a plain `std::exception`, whose text is the standard library's; the reason is in the
- * log alone. An exception that reconnect(0) itself throws reaches the caller.
+ * **Failures.** An operation that talks to the terminal catches every `std::exception`, writes one line to
+ * the log and then does one of two things. With external exceptions off (the default) it calls reconnect(0),
+ * which makes one attempt to rebuild the channel for the next call, and returns its neutral value. With
+ * external exceptions on it throws a plain `std::exception`, whose text is the standard library's; the reason
+ * is in the log alone. An exception that reconnect(0) itself throws reaches the caller.
  *
  * **An exchange that fails on the way does not raise**: it yields an empty reply, which is converted like any
  * other (0 for a number, an empty text for a text).
  *
- * **Threads.** The library takes no lock: one thread at a time per facade, and per text method across facades.
+ * **Threads.** The library takes no lock: one thread at a time per facade, and per text method across
+ * facades.
  */
 class MVX2_API MVX2Interfaces {
  public:
@@ -81,8 +82,8 @@ class MVX2_API MVX2Interfaces {
   int channelIsReady();
 
   /**
-   * Probes the channel with an empty command. A reader that does not answer still counts as connected, since a
-   * failed text exchange raises nothing.
+   * Probes the channel with an empty command. A reader that does not answer still counts as connected, since
+   * a failed text exchange raises nothing.
    *
    * @return false without a channel, and after a failure, which also closes the channel
    */
@@ -94,7 +95,8 @@ class MVX2_API MVX2Interfaces {
 
   /**
    * The channel's name.
-   * @return NUL-terminated: "No connected" without a channel, an empty text with one; valid until disconnect()
+   * @return NUL-terminated: "No connected" without a channel, an empty text with one; valid until
+   * disconnect()
    */
   const char* pipeName();
 

@@ -14,11 +14,11 @@
 
 /**
  * Reaches a terminal that presents itself as a PC/SC reader. Each text command travels inside a reader APDU
- * (class FF): `FF 00 00 00 Lc data`; the terminal answers 61 n, and `FF C0 00 00 n` fetches the n answer bytes.
- * Raw buffers travel the same way with P1 = 01.
+ * (class FF): `FF 00 00 00 Lc data`; the terminal answers 61 n, and `FF C0 00 00 n` fetches the n answer
+ * bytes. Raw buffers travel the same way with P1 = 01.
  *
- * Every exchange is bracketed by a PC/SC reader transaction, which keeps other processes that share the reader
- * from interleaving theirs.
+ * Every exchange is bracketed by a PC/SC reader transaction, which keeps other processes that share the
+ * reader from interleaving theirs.
  */
 class MVX2_API USBChannel : public Channel {
  public:

@@ -10,8 +10,8 @@ namespace mvx2 {
 // The names in a multi-string, in its order; they point into it.
 std::vector<const char*> readerNames(const char* multiString);
 
-// Whether a terminal's reader has this name and `readerSelect` (0: model "MVX3" absent, 1: present, -1: either)
-// accepts it.
+// Whether a terminal's reader has this name and `readerSelect` (0: model "MVX3" absent, 1: present, -1:
+// either) accepts it.
 bool isTerminalReader(const char* name, int readerSelect);
 
 }  // namespace mvx2

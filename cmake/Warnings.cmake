@@ -16,7 +16,6 @@ target_compile_options(
             $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
             $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
-            $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wuseless-cast>
             $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wduplicated-cond>
             $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wlogical-op>
             # GCC only notes here that std::pair and the like changed their calling convention in GCC 7.

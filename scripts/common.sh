@@ -1,0 +1,64 @@
+# What the scripts share; they source it. It moves to the top of the tree.
+# shellcheck shell=bash
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '\n== %s\n' "$*"; }
+
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    die "installing packages needs root or sudo; run as root: $*"
+  fi
+}
+
+# listed_packages PURPOSE...: the packages on the list that serve one of these purposes.
+listed_packages() {
+  local purpose
+  for purpose in "$@"; do
+    awk -v purpose="$purpose" '!/^#/ && $2 == purpose { print $1 }' packaging/packages.txt
+  done | sort -u
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# need_packages PURPOSE...: installs what is missing; asks apt for nothing when nothing is.
+need_packages() {
+  local package architecture missing=()
+  for package in $(listed_packages "$@"); do
+    is_installed "$package" || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+
+  say "Installing ${missing[*]}"
+  for architecture in $(printf '%s\n' "${missing[@]}" | sed -n 's/.*://p' | sort -u); do
+    if ! dpkg --print-foreign-architectures | grep -qx "$architecture"; then
+      as_root dpkg --add-architecture "$architecture"
+    fi
+  done
+  # One index that cannot be had is no reason to stop when the packages can be installed all the same.
+  as_root apt-get update || echo "Some package index could not be updated; going on with what there is." >&2
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}" ||
+    die "these packages could not be installed: ${missing[*]}"
+}
+
+# run_tests PRESET [CTEST-ARGUMENT...]: runs what ctest knows of a build and ends with "N passed, M failed".
+run_tests() {
+  local preset=$1 junit
+  shift
+  junit=$PWD/build/$preset/tests.xml
+  rm -f "$junit"
+  ctest --preset "$preset" --output-junit "$junit" --parallel "$(nproc)" --progress "$@" || true
+  python3 scripts/summary.py "$junit"
+}

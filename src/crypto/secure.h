@@ -1,0 +1,45 @@
+// What every holder of secrets needs: memory that really is cleared, and a comparison that tells nothing.
+#ifndef MVX2_CRYPTO_SECURE_H
+#define MVX2_CRYPTO_SECURE_H
+
+#include <cstddef>
+#include <cstring>
+
+namespace mvx2 {
+
+// Clears memory that held a secret. The empty statement claims to read the memory, so that the optimiser
+// keeps the stores although the object dies next.
+inline void wipe(void* memory, std::size_t length) {
+  std::memset(memory, 0, length);
+  asm volatile("" : : "r"(memory) : "memory");
+}
+
+// Clears a local object that holds a secret when its scope ends, on every way out.
+template <class T>
+class Wiper {
+ public:
+  explicit Wiper(T& object) : m_object(object) {}
+  Wiper(const Wiper&) = delete;
+  Wiper(Wiper&&) = delete;
+  Wiper& operator=(const Wiper&) = delete;
+  Wiper& operator=(Wiper&&) = delete;
+  ~Wiper() { wipe(&m_object, sizeof m_object); }
+
+ private:
+  T& m_object;
+};
+
+// Whether two byte arrays are equal, in a time that depends on their length alone.
+inline bool equalConstantTime(const unsigned char* a, const unsigned char* b, std::size_t length) {
+  unsigned char difference = 0;
+  for (std::size_t i = 0; i < length; ++i) {
+    difference = static_cast<unsigned char>(difference | (a[i] ^ b[i]));
+    // Hides the value from the optimiser: it must not leave the loop early once all bits are set.
+    asm volatile("" : "+r"(difference));
+  }
+  return difference == 0;
+}
+
+}  // namespace mvx2
+
+#endif

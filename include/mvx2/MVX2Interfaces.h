@@ -37,6 +37,11 @@ enum ConnectMode_t : int {
  */
 class MVX2_API MVX2Interfaces {
  public:
+  MVX2Interfaces(const MVX2Interfaces&) = delete;
+  MVX2Interfaces(MVX2Interfaces&&) = delete;
+  MVX2Interfaces& operator=(const MVX2Interfaces&) = delete;
+  MVX2Interfaces& operator=(MVX2Interfaces&&) = delete;
+
   /** @name Lifecycle and connection
    * @{ */
 
@@ -125,10 +130,6 @@ class MVX2_API MVX2Interfaces {
 
  private:
   explicit MVX2Interfaces(int readerSelect);
-  MVX2Interfaces(const MVX2Interfaces&) = delete;
-  MVX2Interfaces(MVX2Interfaces&&) = delete;
-  MVX2Interfaces& operator=(const MVX2Interfaces&) = delete;
-  MVX2Interfaces& operator=(MVX2Interfaces&&) = delete;
   ~MVX2Interfaces();
 
   bool tryToConnect();

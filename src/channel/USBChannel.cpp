@@ -82,7 +82,7 @@ class ReaderList {
   }
 
   LONG fetch() {
-    DWORD length = SCARD_AUTOALLOCATE;
+    auto length = SCARD_AUTOALLOCATE;
     return SCardListReaders(m_context, nullptr, reinterpret_cast<char*>(&m_names), &length);
   }
   const char* names() const { return m_names; }

@@ -6,22 +6,20 @@
 namespace {
 
 // Digits are made without a stream: a global locale of the host must not put separators into them.
-std::string digits(std::uint32_t value, int base) {
-  char text[10];
-  const auto end = std::to_chars(std::begin(text), std::end(text), value, base).ptr;
-  return {text, end};
+std::string hexadecimal(std::uint32_t value) {
+  char text[8];
+  const std::to_chars_result result = std::to_chars(std::begin(text), std::end(text), value, 16);
+  return {std::begin(text), result.ptr};
 }
-
-std::string decimal(int value) { return std::to_string(value); }
 
 std::string format(const char* message, long code, const char* function, const char* file, int line) {
   std::string text;
   if (message == nullptr) return text;
-  text.append(message).append(" (0x").append(digits(static_cast<std::uint32_t>(code), 16)).append(") [");
+  text.append(message).append(" (0x").append(hexadecimal(static_cast<std::uint32_t>(code))).append(") [");
   if (function == nullptr) return text;
   text.append(function).append(":");
   if (file == nullptr) return text;
-  return text.append(file).append(":").append(decimal(line)).append("]");
+  return text.append(file).append(":").append(std::to_string(line)).append("]");
 }
 
 }  // namespace

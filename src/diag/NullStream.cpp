@@ -9,6 +9,8 @@ NullStream null_stream;
 namespace {
 
 // At load: the facades' log streams are bound to this buffer without opening it themselves.
-const bool opened = null_stream.open("/dev/null", std::ios_base::out) != nullptr;
+struct OpenAtLoad {
+  OpenAtLoad() { null_stream.open("/dev/null", std::ios_base::out); }
+} const open_at_load;
 
 }  // namespace

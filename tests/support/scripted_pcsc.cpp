@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace mvx2test {
@@ -17,11 +16,12 @@ std::string number(long value) { return std::to_string(value); }
 }  // namespace
 
 std::string hex(const Bytes& bytes) {
+  const char* const digits = "0123456789ABCDEF";
   std::string text;
   for (const unsigned char byte : bytes) {
-    char digits[4];
-    std::snprintf(digits, sizeof digits, text.empty() ? "%02X" : " %02X", byte);
-    text += digits;
+    if (!text.empty()) text += ' ';
+    text += digits[byte >> 4];
+    text += digits[byte & 0xF];
   }
   return text;
 }

@@ -53,7 +53,7 @@ TEST(FormatMessage, KeepsNulBytes) {
 }
 
 TEST(FormatResponse, CutsTheAnswerOutOfEchoPromptAndStatusBytes) {
-  EXPECT_EQ(answerIn("value\r\n1250\r\n>\x90\x00"), "1250");
+  EXPECT_EQ(answerIn(std::string("value\r\n1250\r\n>\x90\0", 15)), "1250");
 }
 
 TEST(FormatResponse, IsEmptyForAnEmptyReply) {

@@ -66,8 +66,8 @@ TEST(MVX2ExceptionText, IsNotLocalised) {
 
 TEST(MVX2ExceptionText, StaysTheSameInACopy) {
   const MVX2Exception original("m", 1, "f", "s", 1);
-  const MVX2Exception copy(
-      original);  // NOLINT(performance-unnecessary-copy-initialization): the copy is the test
+  MVX2Exception copy("other", 2, "g", "t", 2);
+  copy = original;
   EXPECT_STREQ(copy.what(), original.what());
 }
 

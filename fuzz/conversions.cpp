@@ -80,14 +80,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   check(mvx2::decimal<unsigned short>(text) == (decimal & 0xFFFF), "a decimal number of 16 bits");
   check(mvx2::decimal<unsigned char>(text) == (decimal & 0xFF), "a decimal number of 8 bits");
   check(mvx2::decimal<bool>(text) == (decimal != 0), "a flag");
-  check(mvx2::hexadecimal(text) == expectedHexadecimal(text), "a hexadecimal number");
+  // The input itself, without a NUL behind it.
+  const std::string_view view(reinterpret_cast<const char*>(data), size);
+  check(mvx2::hexadecimal(view) == expectedHexadecimal(view), "a hexadecimal number");
 
   std::vector<unsigned int> values(list_size, 0);
   mvx2::decimalLines(text, values.data(), values.size());
   check(values == expectedLines(text), "a list of decimal numbers");
 
-  const char start = expectedLastLineStart(text);
+  const char start = expectedLastLineStart(view);
   for (const char prompt : {'#', '$'})
-    check(mvx2::lastLineStartsWith(text, prompt) == (start == prompt), "the prompt of the last line");
+    check(mvx2::lastLineStartsWith(view, prompt) == (start == prompt), "the prompt of the last line");
   return 0;
 }

@@ -30,4 +30,9 @@ bool isTerminalReader(const char* name, int readerSelect) {
   }
 }
 
+bool isSamReader(const char* name) {
+  const auto holds = [name](const char* word) { return std::strstr(name, word) != nullptr; };
+  return holds("ACS") || holds("ACR") || holds("CCID");
+}
+
 }  // namespace mvx2

@@ -14,6 +14,9 @@ std::vector<const char*> readerNames(const char* multiString);
 // either) accepts it.
 bool isTerminalReader(const char* name, int readerSelect);
 
+// Whether a secure access module's reader has this name: "ACS", "ACR" or "CCID" stands in it as it is.
+bool isSamReader(const char* name);
+
 }  // namespace mvx2
 
 #endif

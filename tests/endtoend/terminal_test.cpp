@@ -1,0 +1,221 @@
+#include <mvx2/MVX2Interfaces.h>
+
+#include "support/simulator.h"
+
+#include <gtest/gtest.h>
+#include <winscard.h>
+
+#include <chrono>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <string>
+
+namespace {
+
+using mvx2test::sim;
+using velmorin::CONNECT_DEFAULT;
+using velmorin::MVX2Interfaces;
+
+class Terminal : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(facade->connect(1, CONNECT_DEFAULT)); }
+  void TearDown() override { facade->releaseInstance(); }
+
+  MVX2Interfaces* facade = MVX2Interfaces::getInstance(1);
+};
+
+TEST_F(Terminal, TellsItsCredit) {
+  sim("set credit 4711");
+  EXPECT_EQ(facade->getCredit(), 4711);
+  EXPECT_STREQ(facade->getCredit_CPtr(), "4711");
+}
+
+TEST_F(Terminal, IsConnected) {
+  EXPECT_TRUE(facade->isConnected());
+  EXPECT_STREQ(facade->pipeName(), "");
+}
+
+TEST_F(Terminal, AnswersTheSameAtEveryPrompt) {
+  sim("set credit 12");
+  EXPECT_EQ(facade->getCredit(), 12);
+  EXPECT_FALSE(facade->isOnline());
+  EXPECT_FALSE(facade->isBootloader());
+
+  facade->online();
+  EXPECT_TRUE(facade->isOnline());
+  EXPECT_EQ(facade->getCredit(), 12);
+
+  facade->quit();
+  EXPECT_FALSE(facade->isOnline());
+
+  facade->reboot();
+  EXPECT_TRUE(facade->isBootloader());
+  EXPECT_STRNE(facade->getBootVersion_CPtr(), "");
+}
+
+TEST_F(Terminal, KeepsTheInnerLinesOfAnAnswer) {
+  sim("set listpurses 3 7 12");
+  EXPECT_STREQ(facade->getListPurses_CPtr(), "3\n7\n12");
+}
+
+TEST_F(Terminal, ShowsTheWholeReplyOfAnUnframedExchange) {
+  sim("set credit 5");
+  EXPECT_EQ(std::string(facade->noFormatedTransaction("credit\r")), "credit\r\n5\r\n>\x90");
+}
+
+TEST_F(Terminal, AnswersAnUnknownWordWithAText) { EXPECT_STRNE(facade->transaction("nonsense"), ""); }
+
+TEST_F(Terminal, RefusesAValueOutOfItsRangeWithATextThatATypedWriteTakesForZero) {
+  EXPECT_STRNE(facade->setPincode_CPtr("10000"), "10000");
+  EXPECT_EQ(facade->setPincode(10000), 0);
+  EXPECT_EQ(facade->getPincode(), 1234);
+}
+
+// ---- faults of one exchange: the text exchange answers with nothing, and a reconnect heals
+
+class TerminalFault : public Terminal, public testing::WithParamInterface<const char*> {};
+
+TEST_P(TerminalFault, MakesATextExchangeEmptyAndIsHealedByReconnect) {
+  sim("set credit 77");
+  sim(std::string("fault ") + GetParam());
+  EXPECT_STREQ(facade->getCredit_CPtr(), "");
+  EXPECT_TRUE(facade->reconnect(1));
+  EXPECT_EQ(facade->getCredit(), 77);
+}
+
+INSTANTIATE_TEST_SUITE_P(Carrying, TerminalFault,
+                         testing::Values("transmit 1", "first 90 1", "truncate 1 1", "truncate 0 1",
+                                         "extend 80 1", "transmit 1 after 1", "truncate 1 1 after 1",
+                                         "extend 80 1 after 1"));
+
+TEST_F(Terminal, AnswersLateWhenItIsDelayed) {
+  sim("set credit 77");
+  sim("fault delay 50 2");
+  EXPECT_EQ(facade->getCredit(), 77);
+}
+
+TEST_F(Terminal, FailsARawExchangeAndReconnectsByItself) {
+  sim("set credit 77");
+  sim("fault transmit 1");
+  EXPECT_STREQ(facade->sendAPDU("credit\r", 7), "No connected");
+  EXPECT_EQ(facade->getCredit(), 77);
+}
+
+TEST_F(Terminal, ReportsAFailedRawExchangeAsAPlainExceptionWhenAsked) {
+  facade->enableExternalException(true);
+  sim("fault transmit 1");
+  EXPECT_THROW(facade->sendAPDU("credit\r", 7), std::exception);
+  EXPECT_EQ(facade->channelIsReady(), 1);
+}
+
+// A second program that shares the reader.
+class OtherProgram {
+ public:
+  OtherProgram() {
+    EXPECT_EQ(SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &m_context), SCARD_S_SUCCESS);
+    EXPECT_EQ(SCardConnect(m_context, "KRV MVX3 Terminal 00 00", SCARD_SHARE_SHARED,
+                           SCARD_PROTOCOL_T0 | SCARD_PROTOCOL_T1, &m_card, &m_protocol),
+              SCARD_S_SUCCESS);
+  }
+  OtherProgram(const OtherProgram&) = delete;
+  OtherProgram(OtherProgram&&) = delete;
+  OtherProgram& operator=(const OtherProgram&) = delete;
+  OtherProgram& operator=(OtherProgram&&) = delete;
+  ~OtherProgram() {
+    SCardDisconnect(m_card, SCARD_LEAVE_CARD);
+    SCardReleaseContext(m_context);
+  }
+
+  LONG transmit() const {
+    const unsigned char command[] = {0xFF, 0x00, 0x00, 0x00, 0x01, '\r'};
+    const SCARD_IO_REQUEST pci = {m_protocol, sizeof pci};
+    unsigned char reply[69];
+    DWORD length = sizeof reply;
+    return SCardTransmit(m_card, &pci, command, sizeof command, nullptr, reply, &length);
+  }
+
+ private:
+  SCARDCONTEXT m_context = 0;
+  SCARDHANDLE m_card = 0;
+  DWORD m_protocol = 0;
+};
+
+TEST_F(Terminal, IsOpenToOtherProgramsAfterASuccessfulExchange) {
+  const OtherProgram other;
+  facade->getCredit();
+  EXPECT_EQ(other.transmit(), SCARD_S_SUCCESS);
+}
+
+TEST_F(Terminal, KeepsOtherProgramsWaitingAfterAFailedTextExchangeUntilDisconnected) {
+  const OtherProgram other;
+  sim("fault transmit 1");
+  facade->getCredit();
+  std::future<LONG> status = std::async(std::launch::async, [&other] { return other.transmit(); });
+  // With the transaction open it waits for ever, however long this looks.
+  EXPECT_EQ(status.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
+  facade->disconnect();
+  EXPECT_EQ(status.get(), SCARD_S_SUCCESS);
+}
+
+// ---- card, reader and daemon that go and come back
+
+TEST_F(Terminal, HealsWhenItsReaderVanishesAndComesBack) {
+  sim("set credit 77");
+  sim("reader out");
+  EXPECT_STREQ(facade->getCredit_CPtr(), "");
+  EXPECT_FALSE(facade->reconnect(1));
+  EXPECT_EQ(facade->channelIsReady(), 0);
+  sim("reader in");
+  EXPECT_TRUE(facade->reconnect(20));
+  EXPECT_EQ(facade->getCredit(), 77);
+}
+
+TEST_F(Terminal, IsFoundByAPatientConnectOnceItsReaderIsThere) {
+  sim("reader out");
+  facade->disconnect();
+  EXPECT_FALSE(facade->connect(2, CONNECT_DEFAULT));
+  sim("reader in");
+  EXPECT_TRUE(facade->connect(20, CONNECT_DEFAULT));
+}
+
+TEST_F(Terminal, HealsWhenTheDaemonIsKilledAndStartedAgain) {
+  sim("daemon stop");
+  EXPECT_STREQ(facade->getCredit_CPtr(), "");
+  EXPECT_FALSE(facade->reconnect(1));
+  EXPECT_STREQ(facade->getCredit_CPtr(), "No connected");
+  EXPECT_EQ(facade->getCredit(), -1);
+  sim("daemon start");
+  EXPECT_TRUE(facade->reconnect(20));
+  EXPECT_GT(facade->getCredit(), 0);
+}
+
+TEST_F(Terminal, HealsWhenTheDaemonIsRestartedInMidWork) {
+  facade->getCredit();
+  sim("daemon restart");
+  EXPECT_STREQ(facade->getCredit_CPtr(), "");
+  EXPECT_TRUE(facade->reconnect(20));
+  EXPECT_GT(facade->getCredit(), 0);
+}
+
+std::ptrdiff_t openDescriptors() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return std::distance(begin(descriptors), end(descriptors));
+}
+
+TEST_F(Terminal, LeavesNoDescriptorBehindInManyFailedConnects) {
+  sim("reader out");
+  facade->connect(1, CONNECT_DEFAULT);
+  const std::ptrdiff_t before = openDescriptors();
+  for (int i = 0; i < 30; ++i) EXPECT_FALSE(facade->connect(1, CONNECT_DEFAULT));
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(Terminal, ServesAThousandExchangesInARow) {
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_GE(facade->setPurse(static_cast<unsigned int>(i % 5)), 0);
+    ASSERT_GT(facade->getCredit(), 0);
+  }
+}
+
+}  // namespace

@@ -25,8 +25,11 @@ Channel::Channel() = default;
 Channel::~Channel() = default;
 
 std::string Channel::formatMessage(const std::string& command) {
-  std::string request = command;
-  if (request.find(carriage_return) == std::string::npos) request += carriage_return;
+  if (command.find(carriage_return) != std::string::npos) return command;
+  std::string request;
+  request.reserve(command.size() + 1);
+  request += command;
+  request += carriage_return;
   return request;
 }
 
@@ -36,7 +39,7 @@ std::string Channel::formatResponse(const unsigned char* data, unsigned int leng
   if (length <= start) return answer;
 
   const unsigned char* const end = std::find_if(data + start, data + length, isPrompt);
-  answer.assign(data + start, end);
+  answer.assign(reinterpret_cast<const char*>(data + start), reinterpret_cast<const char*>(end));
   answer.erase(std::remove(answer.begin(), answer.end(), carriage_return), answer.end());
   const std::size_t last = answer.rfind(line_feed);
   if (last != std::string::npos) answer.erase(last, 1);

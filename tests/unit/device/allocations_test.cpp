@@ -24,6 +24,7 @@ std::string_view reader_reply;  // with the status bytes
 
 }  // namespace
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): an operator new has nothing else to take memory from.
 void* operator new(std::size_t size) {
   if (++allocations == failing_allocation) throw std::bad_alloc();
   void* const memory = std::malloc(std::max<std::size_t>(size, 1));
@@ -32,6 +33,7 @@ void* operator new(std::size_t size) {
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 extern "C" {
 

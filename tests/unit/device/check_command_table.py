@@ -6,7 +6,7 @@ import os
 import sys
 
 from clang import cindex
-from clang.cindex import AccessSpecifier, CursorKind
+from clang.cindex import AccessSpecifier, AvailabilityKind, CursorKind
 
 # The frame of the facade: these are no commands.
 FRAME = {
@@ -28,6 +28,7 @@ def is_public_method(cursor):
     return (
         cursor.kind == CursorKind.CXX_METHOD
         and cursor.access_specifier == AccessSpecifier.PUBLIC
+        and cursor.availability != AvailabilityKind.NOT_AVAILABLE
         and cursor.semantic_parent.spelling == "MVX2Interfaces"
     )
 

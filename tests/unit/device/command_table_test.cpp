@@ -222,7 +222,8 @@ TEST_F(EveryCommand, LetsAnExceptionOfTheReconnectionThrough) {
 std::string nullTextMessage() {
   const char* volatile null = nullptr;
   try {
-    return std::string(null);
+    const std::string text(null);
+    return "nothing, but makes \"" + text + "\"";
   } catch (const std::logic_error& e) {
     return e.what();
   }

@@ -12,7 +12,7 @@
 namespace mvx2test {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 class Commands : public ConnectedFacade {
  protected:

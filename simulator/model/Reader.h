@@ -5,6 +5,7 @@
 #define MVX2SIM_MODEL_READER_H
 
 #include "Faults.h"
+#include "Sam.h"
 #include "bytes.h"
 
 #include <memory>
@@ -54,12 +55,6 @@ class Reader {
   Faults m_faults;
   bool m_cardPresent = true;
   unsigned long m_transmits = 0;
-};
-
-// What a new SAM holds.
-struct SamSettings {
-  Bytes key;     // 16 bytes
-  Bytes serial;  // 7 bytes
 };
 
 std::unique_ptr<Reader> makeTerminalReader();

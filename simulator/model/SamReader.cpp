@@ -1,4 +1,6 @@
+// The reader that holds the SAM: its APDUs reach the module as they are.
 #include "Reader.h"
+#include "Sam.h"
 
 namespace mvx2sim {
 
@@ -6,22 +8,19 @@ namespace {
 
 class SamReader : public Reader {
  public:
-  explicit SamReader(SamSettings settings) : m_settings(std::move(settings)) {}
+  explicit SamReader(const SamSettings& settings) : m_sam(settings) {}
 
   // A card with contacts that speaks T=1 and shows no historical bytes.
   Bytes answerToReset() const override { return {0x3B, 0x80, 0x01, 0x81}; }
+  void powerOff() override { m_sam.powerOff(); }
 
  protected:
-  Bytes answer(const Bytes& /*apdu*/, Occasion& /*occasion*/) override { return {0x6D, 0x00}; }
-  std::optional<std::string> get(const std::string& name) const override {
-    if (name == "key") return printHex(m_settings.key);
-    if (name == "serial") return printHex(m_settings.serial);
-    return std::nullopt;
-  }
-  bool set(const std::string& /*name*/, const std::string& /*value*/) override { return false; }
+  Bytes answer(const Bytes& apdu, Occasion& occasion) override { return m_sam.answer(apdu, occasion); }
+  std::optional<std::string> get(const std::string& name) const override { return m_sam.get(name); }
+  bool set(const std::string& name, const std::string& value) override { return m_sam.set(name, value); }
 
  private:
-  SamSettings m_settings;
+  Sam m_sam;
 };
 
 }  // namespace

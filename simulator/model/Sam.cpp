@@ -23,7 +23,8 @@ const Bytes wrong_class = {0x6E, 0x00};
 constexpr unsigned unlock_key = 0x0100;
 constexpr unsigned char offline_key_number = 0x10;
 
-constexpr std::size_t number_size = 12;  // of Rnd1 and Rnd2
+constexpr std::size_t first_step_size = 2;  // key number and version
+constexpr std::size_t number_size = 12;     // of Rnd1 and Rnd2
 constexpr std::size_t mac_size = 8;
 constexpr std::size_t serial_size = 7;
 constexpr std::size_t record_size = 14;
@@ -97,14 +98,15 @@ Bytes Sam::version(const Apdu& apdu, Occasion& occasion) {
 Bytes Sam::authenticateHost(const Apdu& apdu, Occasion& occasion) {
   if (apdu.p1 != 0x00) return wrong_parameters;
   const HostAuthentication run = std::exchange(m_host, {});
+  // A first step is always taken as one: the host may have given the run before it up.
+  if (apdu.data.size() == first_step_size) return startHostAuthentication(apdu.data);
   if (!run.derivedKey.empty()) return finishHostAuthentication(run, apdu.data);
   if (!run.moduleNumber.empty()) return proveToHost(run, apdu.data, occasion);
-  return startHostAuthentication(apdu.data);
+  return wrong_length;
 }
 
 Bytes Sam::startHostAuthentication(const Bytes& data) {
   m_unlocked = false;
-  if (data.size() != 2 && data.size() != 3) return wrong_length;
   if (data[0] != 0x01 || data[1] != 0x00) return no_such_key;
   m_host.moduleNumber = random(number_size);
   return concat(m_host.moduleNumber, more_follows);

@@ -35,8 +35,7 @@ extern "C" {
  * @param type the key size
  * @param key  4 * Nk bytes
  * @param w    receives 4 * (Nr + 1) words: 44, 52 or 60
- * @param Nk   the key's length in words: 4, 6 or 8, as the type says. With a length that the ten round
- *             constants do not carry through the schedule of this type, nothing is written.
+ * @param Nk   the key's length in words, as the type says: 4, 6 or 8. With any other nothing is written.
  */
 MVX2_API void aes_KeyExpansion(unsigned int type, const unsigned char* key, uint32_t* w, unsigned int Nk);
 

@@ -4,26 +4,87 @@
 
 #include <algorithm>
 
+#include "crypto/aes_rounds.h"
 #include "crypto/aes_tables.h"
 
 using namespace mvx2;
 
+namespace {
+
+void storeWords(uint32_t* w, const State& words) {
+  w[0] = words.c0;
+  w[1] = words.c1;
+  w[2] = words.c2;
+  w[3] = words.c3;
+}
+
+uint32_t substituted(uint32_t word) {
+  return aesWord(SBox[rowOf<0>(word)], SBox[rowOf<1>(word)], SBox[rowOf<2>(word)], SBox[rowOf<3>(word)]);
+}
+
+// SubWord(RotWord(word)) with a round constant.
+uint32_t groupStart(uint32_t word, std::uint8_t constant) {
+  return aesWord(SBox[rowOf<1>(word)], SBox[rowOf<2>(word)], SBox[rowOf<3>(word)], SBox[rowOf<0>(word)]) ^
+         (uint32_t{constant} << 24);
+}
+
+// The four words Nk places behind `back`: each is the XOR of its word of `back` and the word before it, which
+// is `first` for the first one. Each is formed from `first` directly: the next step does not wait for a
+// chain.
+State extended(const State& back, uint32_t first) {
+  const uint32_t sum1 = back.c0 ^ back.c1;
+  const uint32_t sum2 = sum1 ^ back.c2;
+  const uint32_t sum3 = sum2 ^ back.c3;
+  return {back.c0 ^ first, sum1 ^ first, sum2 ^ first, sum3 ^ first};
+}
+
+void expand128(const unsigned char* key, uint32_t* w) {
+  State words = loadState(key);
+  storeWords(w, words);
+  for (const std::uint8_t constant : Rcon) {
+    words = extended(words, groupStart(words.c3, constant));
+    storeWords(w += 4, words);
+  }
+}
+
+// Seven groups of six words follow the key, then four words.
+void expand192(const unsigned char* key, uint32_t* w) {
+  State words = loadState(key);
+  uint32_t word4 = loadWord(key + 16);
+  uint32_t word5 = loadWord(key + 20);
+  for (unsigned int group = 0;; ++group) {
+    storeWords(w, words);
+    if (group == 8) return;
+    w[4] = word4;
+    w[5] = word5;
+    w += 6;
+    words = extended(words, groupStart(word5, Rcon[group]));
+    word5 ^= word4 ^ words.c3;
+    word4 ^= words.c3;
+  }
+}
+
+// Six groups of eight words follow the key, then four words.
+void expand256(const unsigned char* key, uint32_t* w) {
+  State words = loadState(key);
+  State words4 = loadState(key + 16);
+  for (unsigned int group = 0;; ++group) {
+    storeWords(w, words);
+    if (group == 7) return;
+    storeWords(w + 4, words4);
+    w += 8;
+    words = extended(words, groupStart(words4.c3, Rcon[group]));
+    words4 = extended(words4, substituted(words.c3));
+  }
+}
+
+}  // namespace
+
 void aes_KeyExpansion(unsigned int type, const unsigned char* key, uint32_t* w, unsigned int Nk) {
-  if (type >= AES_KBR.size() || Nk < 4 || Nk > 8) return;
-  const unsigned int words = 4U * (AES_KBR[type].Nr + 1U);
-  if ((words - 1) / Nk > Rcon.size()) return;
-  for (unsigned int i = 0; i < Nk; ++i) {
-    w[i] = aes_Word(key[4 * i], key[4 * i + 1], key[4 * i + 2], key[4 * i + 3]);
-  }
-  for (unsigned int i = Nk; i < words; ++i) {
-    uint32_t next = w[i - 1];
-    if (i % Nk == 0) {
-      next = aes_SubWord(aes_RotWord(next)) ^ (uint32_t{Rcon[i / Nk - 1]} << 24);
-    } else if (Nk > 6 && i % Nk == 4) {
-      next = aes_SubWord(next);
-    }
-    w[i] = w[i - Nk] ^ next;
-  }
+  if (type >= AES_KBR.size() || Nk != AES_KBR[type].Nk) return;
+  if (Nk == 4) return expand128(key, w);
+  if (Nk == 6) return expand192(key, w);
+  expand256(key, w);
 }
 
 void aes_KeyInversion(unsigned int type, const uint32_t* w, unsigned int /*words*/, uint32_t* dw) {
@@ -31,16 +92,6 @@ void aes_KeyInversion(unsigned int type, const uint32_t* w, unsigned int /*words
   const unsigned int last = 4U * AES_KBR[type].Nr;
   // The decryption schedule has room for AES-256: the word after a shorter schedule comes along.
   const unsigned int copied = std::min(last + 5, 60U);
-  for (unsigned int i = 0; i < copied; ++i) {
-    dw[i] = w[i];
-  }
-  for (unsigned int i = copied; i < 60; ++i) dw[i] = 0;
-  for (unsigned int i = 4; i < last; i += 4) {
-    unsigned char state[16] = {};
-    aes_AddRoundKey(state, dw + i, 0);
-    aes_InvMixColumns(state);
-    for (unsigned int c = 0; c < 4; ++c) {
-      dw[i + c] = aes_Word(state[4 * c], state[4 * c + 1], state[4 * c + 2], state[4 * c + 3]);
-    }
-  }
+  for (unsigned int i = 0; i < copied; ++i) dw[i] = i >= 4 && i < last ? invMixed(w[i]) : w[i];
+  std::fill(dw + copied, dw + 60, 0U);
 }

@@ -25,6 +25,11 @@ class SAMChannel;
  */
 class MVX2_API SAMInterfaces {
  public:
+  SAMInterfaces(const SAMInterfaces&) = delete;
+  SAMInterfaces(SAMInterfaces&&) = delete;
+  SAMInterfaces& operator=(const SAMInterfaces&) = delete;
+  SAMInterfaces& operator=(SAMInterfaces&&) = delete;
+
   /** The facade, made on the first call; owned by the library until releaseInstance(). */
   static SAMInterfaces* getInstance();
 
@@ -110,10 +115,6 @@ class MVX2_API SAMInterfaces {
 
  private:
   SAMInterfaces();
-  SAMInterfaces(const SAMInterfaces&) = delete;
-  SAMInterfaces(SAMInterfaces&&) = delete;
-  SAMInterfaces& operator=(const SAMInterfaces&) = delete;
-  SAMInterfaces& operator=(SAMInterfaces&&) = delete;
   ~SAMInterfaces();
 
   void attemptToConnect(int& result);

@@ -34,9 +34,9 @@ bool readRandom(unsigned char* out, std::size_t length) {
   std::FILE* const file = std::fopen("/dev/urandom", "rb");
   if (file == nullptr) return false;
   // A buffer of the stream's would keep a copy of the secret on the heap.
-  std::setvbuf(file, nullptr, _IONBF, 0);
+  static_cast<void>(std::setvbuf(file, nullptr, _IONBF, 0));
   const std::size_t got = std::fread(out, 1, length, file);
-  std::fclose(file);
+  static_cast<void>(std::fclose(file));
   return got == length;
 }
 

@@ -68,6 +68,7 @@ std::vector<std::string> ScriptedPcsc::requests() const {
 }
 
 LONG ScriptedPcsc::enter(const std::string& function, const std::string& arguments) {
+  if (onCall) onCall(function);
   calls.push_back(function + "(" + arguments + ")");
   const auto found = failures.find(function);
   if (found == failures.end()) return SCARD_S_SUCCESS;
@@ -81,6 +82,21 @@ LONG ScriptedPcsc::enter(const std::string& function, const std::string& argumen
   }
   found->second = still;
   return status;
+}
+
+char* ScriptedPcsc::keepList(const std::string& names) {
+  lists.push_back(std::make_unique<char[]>(names.size()));
+  ++openLists;
+  return std::copy(names.begin(), names.end(), lists.back().get()) - names.size();
+}
+
+bool ScriptedPcsc::giveListBack(const void* list) {
+  const auto found =
+      std::find_if(lists.begin(), lists.end(), [list](const auto& kept) { return kept.get() == list; });
+  if (found == lists.end()) return false;
+  lists.erase(found);
+  --openLists;
+  return true;
 }
 
 }  // namespace mvx2test
@@ -129,20 +145,16 @@ LONG SCardListReaders(SCARDCONTEXT context, LPCSTR groups, LPSTR readers, LPDWOR
   std::string list;
   for (const std::string& reader : pcsc().readers) list += reader + '\0';
   list += '\0';
-  char* const copy = new char[list.size()];
-  std::copy(list.begin(), list.end(), copy);
-  std::memcpy(readers, &copy, sizeof copy);
+  char* const kept = pcsc().keepList(list);
+  std::memcpy(readers, &kept, sizeof kept);
   *length = list.size();
-  ++pcsc().openLists;
   return status;
 }
 
 LONG SCardFreeMemory(SCARDCONTEXT context, LPCVOID memory) {
   const LONG status = pcsc().enter("SCardFreeMemory", "context " + number(context));
   if (status != SCARD_S_SUCCESS) return status;
-  delete[] static_cast<const char*>(memory);
-  --pcsc().openLists;
-  return status;
+  return pcsc().giveListBack(memory) ? SCARD_S_SUCCESS : SCARD_E_INVALID_PARAMETER;
 }
 
 LONG SCardConnect(SCARDCONTEXT context, LPCSTR reader, DWORD share, DWORD protocols, LPSCARDHANDLE card,

@@ -10,6 +10,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,8 @@ class ScriptedPcsc {
   std::vector<Bytes> apdus;
   // The data of the text and raw commands among them (FF 00 xx 00 Lc data), as texts.
   std::vector<std::string> requests() const;
+  // Runs at the start of each SCard function with its name, if set. What it throws reaches the caller.
+  std::function<void(const std::string&)> onCall;
   // Runs at the start of each SCardTransmit, if set.
   std::function<void()> onTransmit;
 
@@ -73,7 +76,12 @@ class ScriptedPcsc {
   // Keeps a call and says which status it shall return. For the functions of the stand-in.
   LONG enter(const std::string& function, const std::string& arguments);
 
+  // Keeps a list of readers until it is given back. For the functions of the stand-in.
+  char* keepList(const std::string& names);
+  bool giveListBack(const void* list);
+
  private:
+  std::vector<std::unique_ptr<char[]>> lists;
   std::map<std::string, std::map<int, LONG>> failures;  // by function, by number of coming calls
 };
 

@@ -4,6 +4,7 @@
 #include <climits>
 #include <functional>
 #include <ostream>
+#include <utility>
 
 namespace {
 
@@ -12,7 +13,6 @@ using mvx2test::Bytes;
 using mvx2test::Calls;
 using mvx2test::hex;
 using mvx2test::joined;
-using mvx2test::ScriptedPcsc;
 using mvx2test::unhex;
 
 // n, n + 1, n + 2, ...
@@ -222,7 +222,7 @@ INSTANTIATE_TEST_SUITE_P(All, SamOneStepCommand, testing::ValuesIn(commandsOfOne
 // A channel that answers by itself and keeps what it was asked for.
 class Answering : public SAMChannel {
  public:
-  explicit Answering(const Bytes& reply) : m_reply(reply) {}
+  explicit Answering(Bytes reply) : m_reply(std::move(reply)) {}
 
   long APDUTransaction(unsigned char* data, unsigned long dataLength, unsigned char* response,
                        unsigned long& responseLength, unsigned char p2, unsigned char p1, unsigned char ins,

@@ -12,7 +12,6 @@ target_compile_options(
             -Wcast-qual
             -Wformat=2
             -Wundef
-            -Wnull-dereference
             $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
             $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>

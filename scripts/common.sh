@@ -29,8 +29,12 @@ listed_packages() {
   done | sort -u
 }
 
+# is_installed PACKAGE[:ARCHITECTURE]: for this machine's architecture unless it names another.
 is_installed() {
-  [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+  local name=${1%:*} architecture=${1#"${1%:*}"}
+  architecture=${architecture#:}
+  dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$name" 2>/dev/null |
+    grep -qxE "(${architecture:-$(dpkg --print-architecture)|all}) installed"
 }
 
 # need_packages PURPOSE...: installs what is missing; asks apt for nothing when nothing is.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <string>
@@ -45,7 +46,8 @@ LONG SCardEstablishContext(DWORD /*scope*/, LPCVOID /*reserved1*/, LPCVOID /*res
 LONG SCardReleaseContext(SCARDCONTEXT /*context*/) { return SCARD_S_SUCCESS; }
 LONG SCardListReaders(SCARDCONTEXT /*context*/, LPCSTR /*groups*/, LPSTR readers, LPDWORD /*length*/) {
   static char list[] = "KRV\0";
-  *reinterpret_cast<char**>(readers) = list;
+  char* const names = list;
+  std::memcpy(readers, &names, sizeof names);
   return SCARD_S_SUCCESS;
 }
 LONG SCardFreeMemory(SCARDCONTEXT /*context*/, LPCVOID /*memory*/) { return SCARD_S_SUCCESS; }

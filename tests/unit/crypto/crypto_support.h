@@ -22,22 +22,21 @@ class RandomBytes {
 
   unsigned int below(unsigned int bound) { return static_cast<unsigned int>(m_generator() % bound); }
   std::uint32_t word() { return static_cast<std::uint32_t>(m_generator()); }
-  void fill(unsigned char* bytes, std::size_t length) {
-    for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<unsigned char>(m_generator() & 0xff);
-  }
   template <std::size_t size>
   std::array<unsigned char, size> array() {
     std::array<unsigned char, size> bytes;
-    fill(bytes.data(), size);
+    for (unsigned char& byte : bytes) byte = next();
     return bytes;
   }
   Bytes bytes(std::size_t length) {
     Bytes bytes(length);
-    fill(bytes.data(), length);
+    for (unsigned char& byte : bytes) byte = next();
     return bytes;
   }
 
  private:
+  unsigned char next() { return static_cast<unsigned char>(m_generator() & 0xff); }
+
   std::mt19937 m_generator;
 };
 

@@ -6,6 +6,7 @@
 #include "places.h"
 #include "sandbox.h"
 
+#include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 
@@ -37,7 +38,11 @@ std::string steer(Daemon& daemon, const std::string& verb) try {
   return std::string("ERR ") + failure.what();
 }
 
-[[noreturn]] void execute(const std::vector<std::string>& command, const sigset_t& oldMask) {
+// Becomes the command, which does not outlive the supervisor: without a daemon it could only hang.
+[[noreturn]] void execute(const std::vector<std::string>& command, const sigset_t& oldMask,
+                          pid_t supervisor) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != supervisor) _exit(exit_failure);
   setenv("MVX2_SIM", "1", 1);
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
@@ -63,9 +68,10 @@ class Supervisor {
     if (signals < 0 || lines < 0) throw systemFailure("cannot watch over a command");
 
     m_daemon.start();
+    const pid_t supervisor = getpid();
     m_command = fork();
     if (m_command < 0) throw systemFailure("cannot start a process");
-    if (m_command == 0) execute(m_settings.command, oldMask);
+    if (m_command == 0) execute(m_settings.command, oldMask, supervisor);
     watch(signals, lines);
     close(lines);
     close(signals);

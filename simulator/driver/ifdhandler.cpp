@@ -58,6 +58,7 @@ Bytes pointerBytes(Function function) {
 
 extern "C" {
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the signature is the interface's
 RESPONSECODE IFDHCreateChannelByName(DWORD Lun, LPSTR DeviceName) {
   if (DeviceName == nullptr) return IFD_NO_SUCH_DEVICE;
   return mvx2sim::openSlot(Lun, DeviceName) == nullptr ? IFD_NO_SUCH_DEVICE : IFD_SUCCESS;

@@ -46,8 +46,8 @@ Bytes diversify(const Bytes& key, const Bytes& input) { return cmac(key, concat(
 }  // namespace
 
 struct Sam::Command {
-  unsigned char ins;
   Handler handler;
+  unsigned char ins;
   bool whenLocked;
 };
 
@@ -63,10 +63,10 @@ Sam::Sam(const SamSettings& settings)
 
 const Sam::Command* Sam::find(unsigned char ins) {
   static constexpr Command commands[] = {
-      {0x60, &Sam::version, true},           {0x10, &Sam::authenticateHost, true},
-      {0x0A, &Sam::authenticateCard, false}, {0x01, &Sam::activateOfflineKey, false},
-      {0x0D, &Sam::decipherOffline, false},  {0xC5, &Sam::changeKey, false},
-      {0xD5, &Sam::dumpSessionKey, false},   {0x7C, &Sam::generateMac, false},
+      {&Sam::version, 0x60, true},           {&Sam::authenticateHost, 0x10, true},
+      {&Sam::authenticateCard, 0x0A, false}, {&Sam::activateOfflineKey, 0x01, false},
+      {&Sam::decipherOffline, 0x0D, false},  {&Sam::changeKey, 0xC5, false},
+      {&Sam::dumpSessionKey, 0xD5, false},   {&Sam::generateMac, 0x7C, false},
   };
   const auto* const command = std::find_if(std::begin(commands), std::end(commands),
                                            [ins](const Command& entry) { return entry.ins == ins; });

@@ -19,6 +19,7 @@
 #include <iostream>
 #include <iterator>
 #include <thread>
+#include <utility>
 
 namespace mvx2sim {
 
@@ -49,7 +50,7 @@ std::string readFile(const char* path) {
 
 }  // namespace
 
-Daemon::Daemon(const Settings& settings) : m_settings(settings), m_program(findProgram()) {
+Daemon::Daemon(Settings settings) : m_settings(std::move(settings)), m_program(findProgram()) {
   if (!std::filesystem::is_directory(places::daemon_drivers))
     throw Failure(std::string("there is no directory ") + places::daemon_drivers +
                   " to show the simulated readers in: install the package libccid");

@@ -11,7 +11,7 @@ namespace mvx2sim {
 class Daemon {
  public:
   // Throws when there is no daemon on this machine, or nothing where drivers can be shown to it.
-  explicit Daemon(const Settings& settings);
+  explicit Daemon(Settings settings);
   Daemon(const Daemon&) = delete;
   Daemon(Daemon&&) = delete;
   Daemon& operator=(const Daemon&) = delete;

@@ -203,7 +203,7 @@ void split(int argc, char** argv, std::vector<std::string>& options, std::vector
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   Program program;
   program.app.require_subcommand(1);
   program.app.set_version_flag("--version", MVX2_SIM_VERSION);
@@ -214,11 +214,11 @@ int main(int argc, char** argv) {
     std::vector<std::string> options;
     split(argc, argv, options, program.settings.command);
     program.app.parse(options);
-    return program.status;
   } catch (const CLI::ParseError& error) {
     return program.app.exit(error) == 0 ? 0 : mvx2sim::exit_failure;
-  } catch (const std::exception& error) {
-    std::cerr << "mvx2-sim: " << error.what() << std::endl;
-    return mvx2sim::exit_failure;
   }
+  return program.status;
+} catch (const std::exception& error) {
+  std::cerr << "mvx2-sim: " << error.what() << std::endl;
+  return mvx2sim::exit_failure;
 }

@@ -44,9 +44,9 @@ std::string steer(Daemon& daemon, const std::string& verb) try {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != supervisor) _exit(exit_failure);
   setenv("MVX2_SIM", "1", 1);
+  std::vector<std::string> texts = command;
   std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
   sigprocmask(SIG_SETMASK, &oldMask, nullptr);
   execvp(arguments[0], arguments.data());

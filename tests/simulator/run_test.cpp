@@ -13,6 +13,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -86,7 +87,14 @@ class Background {
   Background(Background&&) = delete;
   Background& operator=(const Background&) = delete;
   Background& operator=(Background&&) = delete;
-  ~Background() { std::fclose(m_output); }
+  ~Background() {
+    // Nothing to do when the test has waited for it.
+    if (m_process != 0) {
+      kill(m_process, SIGKILL);
+      waitpid(m_process, nullptr, 0);
+    }
+    std::fclose(m_output);
+  }
 
   std::string line() {
     char text[200] = {};
@@ -95,9 +103,9 @@ class Background {
     return all.substr(0, all.find('\n'));
   }
   void send(int signal) const { kill(m_process, signal); }
-  int wait() const {
+  int wait() {
     int status = 0;
-    waitpid(m_process, &status, 0);
+    waitpid(std::exchange(m_process, 0), &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   }
 
@@ -206,7 +214,7 @@ TEST(MVX2SimRun, EndsItsDaemon) {
 }
 
 TEST(MVX2SimRun, EndsItsDaemonAndItsCommandWhenItIsKilled) {
-  Background simulation("cat /run/pcscd/pcscd.pid; echo; echo $$; exec sleep 1000");
+  Background simulation("head -n 1 /run/pcscd/pcscd.pid; echo $$; exec sleep 1000");
   const pid_t daemon = std::atoi(simulation.line().c_str());
   const pid_t command = std::atoi(simulation.line().c_str());
   ASSERT_GT(daemon, 0);

@@ -56,7 +56,7 @@ void showSimulation() {
 
 // The parsed command line; the callbacks of the subcommands do the work.
 struct Program {
-  CLI::App app{"Simulated readers behind a real PC/SC daemon of their own"};
+  CLI::App app{"Simulated readers behind a real PC/SC daemon of their own", "mvx2-sim"};
   Settings settings;
   std::string device = "terminal";
   std::string name;
@@ -74,8 +74,10 @@ void addRun(Program& program) {
       "Its exit status is passed on: 128 and the number of a signal that ended it, 127 when there is no "
       "such\n"
       "command, 126 when it cannot be executed, 125 when mvx2-sim itself failed.");
-  run->add_flag("!--no-terminal", settings.terminal, "Without the terminal's reader");
-  run->add_flag("!--no-sam", settings.sam, "Without the SAM's reader");
+  run->add_flag_callback(
+      "--no-terminal", [&settings] { settings.terminal = false; }, "Without the terminal's reader");
+  run->add_flag_callback(
+      "--no-sam", [&settings] { settings.sam = false; }, "Without the SAM's reader");
   run->add_flag("-v,--verbose", settings.verbose, "The daemon logs every APDU to standard error");
   const CLI::Validator plainName(
       [](const std::string& name) {

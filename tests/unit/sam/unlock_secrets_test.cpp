@@ -17,6 +17,7 @@ namespace {
 
 using mvx2test::Bytes;
 using mvx2test::FixedRandom;
+using mvx2test::ScriptedPcsc;
 using mvx2test::UnlockVector;
 
 constexpr std::size_t stack_size = std::size_t{256} * 1024;
@@ -37,8 +38,41 @@ bool holds(const Bytes& memory, const Bytes& secret) {
   return std::search(memory.begin(), memory.end(), secret.begin(), secret.end()) != memory.end();
 }
 
+// The same bytes as 32-bit words that a little-endian machine holds.
+Bytes asWords(Bytes bytes) {
+  for (auto word = bytes.begin(); word != bytes.end(); word += 4) std::reverse(word, word + 4);
+  return bytes;
+}
+
+const UnlockVector& vector() { return UnlockVector::instance(); }
+
+// Each runs a step with the numbers of the vector on a stack of its own, so that no later one covers its
+// traces.
+bool step2(SAMChannel& channel) {
+  Bytes key = vector().key;
+  Bytes rnd2 = vector().rnd2;
+  Bytes rnd1(12);
+  Bytes reply(24);
+  long status = 0;
+  ScriptedPcsc::instance().reply(vector().step2Reply());
+  FixedRandom::instance().give(vector().rnd1);
+  return channel.unlock_part2(key.data(), rnd2.data(), rnd1.data(), reply.data(), status);
+}
+
+bool step3(SAMChannel& channel) {
+  Bytes key = vector().key;
+  Bytes rnd2 = vector().rnd2;
+  Bytes rnd1 = vector().rnd1;
+  Bytes reply = vector().step2Data();
+  long status = 0;
+  ScriptedPcsc::instance().reply(UnlockVector::step3Reply());
+  FixedRandom::instance().give(vector().rndA);
+  return channel.unlock_part3(key.data(), reply.data(), rnd2.data(), rnd1.data(), status);
+}
+
 struct Secret {
   std::string name;
+  bool (*step)(SAMChannel&);
   Bytes bytes;
 };
 
@@ -49,67 +83,60 @@ class SamUnlockMemory : public mvx2test::ConnectedChannel {
   void SetUp() override {
     ConnectedChannel::SetUp();
     FixedRandom::instance().reset();
-    FixedRandom::instance().give(UnlockVector::instance().rnd1);
-    FixedRandom::instance().give(UnlockVector::instance().rndA);
-    pcsc.reply(UnlockVector::instance().step1Reply());
-    pcsc.reply(UnlockVector::instance().step2Reply());
-    pcsc.reply(UnlockVector::step3Reply());
   }
+};
 
-  static void* unlock(void* self) {
-    auto* const test = static_cast<SamUnlockMemory*>(self);
-    long status = 0;
-    test->unlocked = test->channel.unlock(test->key.data(), status, 16);
+class SamUnlockSecret : public SamUnlockMemory, public testing::WithParamInterface<Secret> {
+ protected:
+  static void* run(void* self) {
+    auto* const test = static_cast<SamUnlockSecret*>(self);
+    test->done = GetParam().step(test->channel);
     return nullptr;
   }
 
-  // Unlocks on a stack of its own and returns what is left on it.
-  Bytes stackAfterUnlock() {
+  // What the step leaves on the stack of its thread.
+  Bytes stackAfterStep() {
     const std::unique_ptr<void, decltype(&std::free)> stack(std::aligned_alloc(4096, stack_size), &std::free);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstack(&attributes, stack.get(), stack_size);
     pthread_t thread{};
-    if (pthread_create(&thread, &attributes, unlock, this) == 0) pthread_join(thread, nullptr);
+    if (pthread_create(&thread, &attributes, run, this) == 0) pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
     return copyOf(stack.get(), stack_size);
   }
 
-  Bytes key = UnlockVector::instance().key;
-  bool unlocked = false;
+  bool done = false;
 };
-
-class SamUnlockSecret : public SamUnlockMemory, public testing::WithParamInterface<Secret> {};
 
 TEST_P(SamUnlockSecret, IsNotLeftOnTheStack) {
   const Bytes marker(16, 0x4D);
   if (!holds(copyOf(marker.data(), marker.size()), marker)) GTEST_SKIP() << "memory cannot be read back here";
-  const Bytes stack = stackAfterUnlock();
-  ASSERT_TRUE(unlocked);
+  const Bytes stack = stackAfterStep();
+  ASSERT_TRUE(done);
   EXPECT_FALSE(holds(stack, GetParam().bytes));
-}
-
-TEST_F(SamUnlockMemory, HoldsNoStreamBufferWithRandomNumbers) {
-  unlock(this);
-  EXPECT_LE(FixedRandom::instance().largestBuffer, 1U);
+  EXPECT_FALSE(holds(stack, asWords(GetParam().bytes)));
 }
 
 Bytes subkey(bool first) {
   Bytes k1(16);
   Bytes k2(16);
-  aes_GenerateSubKey(UnlockVector::instance().key.data(), k1.data(), k2.data());
+  aes_GenerateSubKey(vector().key.data(), k1.data(), k2.data());
   return first ? k1 : k2;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, SamUnlockSecret,
-                         testing::Values(Secret{"Kxe", UnlockVector::instance().kxe},
-                                         Secret{"RndA", UnlockVector::instance().rndA},
-                                         Secret{"RndB", UnlockVector::instance().rndB},
-                                         Secret{"RndBRotated", UnlockVector::instance().rndBRotated},
-                                         Secret{"HostCmac", UnlockVector::instance().hostCmac},
-                                         Secret{"SamCmac", UnlockVector::instance().samCmac},
-                                         Secret{"SubkeyK1", subkey(true)}, Secret{"SubkeyK2", subkey(false)},
-                                         Secret{"Key", UnlockVector::instance().key}),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    All, SamUnlockSecret,
+    testing::Values(Secret{"KeyOfStepTwo", step2, vector().key}, Secret{"SubkeyK1", step2, subkey(true)},
+                    Secret{"SubkeyK2", step2, subkey(false)}, Secret{"HostCmac", step2, vector().hostCmac},
+                    Secret{"SamCmac", step2, vector().samCmac}, Secret{"KeyOfStepThree", step3, vector().key},
+                    Secret{"Kxe", step3, vector().kxe}, Secret{"RndA", step3, vector().rndA},
+                    Secret{"RndB", step3, vector().rndB}, Secret{"RndBRotated", step3, vector().rndBRotated}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(SamUnlockMemory, HoldsNoStreamBufferWithRandomNumbers) {
+  EXPECT_TRUE(step3(channel));
+  EXPECT_LE(FixedRandom::instance().largestBuffer, 1U);
+}
 
 }  // namespace

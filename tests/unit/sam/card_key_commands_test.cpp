@@ -251,24 +251,6 @@ TEST_P(SamCommand, GoesThroughTheVirtualFunction) {
   EXPECT_TRUE(pcsc.calls.empty());
 }
 
-TEST(SamCommandOverride, MayReportAnyLength) {
-  class Boasting : public Answering {
-   public:
-    using Answering::Answering;
-    long APDUTransaction(unsigned char* data, unsigned long dataLength, unsigned char* response,
-                         unsigned long& responseLength, unsigned char p2, unsigned char p1, unsigned char ins,
-                         unsigned char le, bool sendLe, unsigned char cla) override {
-      Answering::APDUTransaction(data, dataLength, response, responseLength, p2, p1, ins, le, sendLe, cla);
-      responseLength = ULONG_MAX;
-      return 0;
-    }
-  };
-  Boasting boasting(done);
-  Output output;
-  for (const Command& command : commandsThatExamineTheReply())
-    EXPECT_FALSE(command.run(boasting, output)) << command.name;
-}
-
 // ---- card authentication
 
 using SamCardAuthentication = mvx2test::ConnectedChannel;

@@ -2,6 +2,7 @@
 #include "fixed_random.h"
 #include "unlock_vector.h"
 
+#include <algorithm>
 #include <ostream>
 
 namespace {
@@ -357,7 +358,35 @@ TEST_F(SamUnlock, ReportsZeroWhenOnlyTheLastRandomNumberIsMissing) {
   EXPECT_EQ(status, 0);
 }
 
-// ---- key derivation and MAC
+// ---- through a derived channel
+
+// Answers with 69 bytes that end like this, and claims to have written more.
+class Boasting : public SAMChannel {
+ public:
+  explicit Boasting(const Bytes& end) : m_reply(joined(Bytes(67, 0x00), end)) {}
+
+  long APDUTransaction(unsigned char* /*data*/, unsigned long /*dataLength*/, unsigned char* response,
+                       unsigned long& responseLength, unsigned char /*p2*/, unsigned char /*p1*/,
+                       unsigned char /*ins*/, unsigned char /*le*/, bool /*sendLe*/,
+                       unsigned char /*cla*/) override {
+    std::copy(m_reply.begin(), m_reply.end(), response);
+    responseLength = 0x7FFFFFFF;
+    return 0;
+  }
+
+ private:
+  Bytes m_reply;
+};
+
+TEST_F(SamUnlock, TakesTheLengthThatADerivedChannelReportsAsAtMost69) {
+  Boasting boasting({0x90, 0xAF});
+  EXPECT_FALSE(boasting.unlock_part2(key.data(), rnd2.data(), rnd1.data(), reply.data(), status));
+  EXPECT_EQ(status, -2);
+  EXPECT_FALSE(boasting.unlock_part3(key.data(), reply.data(), rnd2.data(), rnd1.data(), status));
+  EXPECT_EQ(status, -3);
+}
+
+// ---- key derivation
 
 TEST_F(SamUnlock, DerivesTheKeyOfTheVectorAndClearsTheChainingValue) {
   Bytes kxe(16, 0xEE);

@@ -169,6 +169,8 @@ struct Protocol {
   std::string pci;
 };
 
+void PrintTo(const Protocol& protocol, std::ostream* out) { *out << protocol.pci; }
+
 class SamLinkProtocol : public SamLink, public testing::WithParamInterface<Protocol> {};
 
 TEST_P(SamLinkProtocol, GoesIntoTheProtocolInformation) {

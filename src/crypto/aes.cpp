@@ -7,7 +7,14 @@
 #include "crypto/aes_rounds.h"
 #include "crypto/aes_tables.h"
 
-using namespace mvx2;
+using mvx2::AES_KBR;
+using mvx2::decrypted;
+using mvx2::encrypted;
+using mvx2::invMixedKey;
+using mvx2::loadState;
+using mvx2::roundKey;
+using mvx2::State;
+using mvx2::storeState;
 
 int aes_Cipher(unsigned int type, const unsigned char* in, unsigned char* out, const uint32_t* w,
                unsigned char* iv) {

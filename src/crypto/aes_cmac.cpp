@@ -8,13 +8,17 @@
 #include "crypto/aes_rounds.h"
 #include "crypto/secure.h"
 
-using namespace mvx2;
+using mvx2::encrypted;
+using mvx2::loadState;
+using mvx2::State;
+using mvx2::storeState;
+using mvx2::Wiper;
 
 namespace {
 
 constexpr unsigned int Nk = 4;
 constexpr unsigned int Nr = 10;
-using Schedule = std::array<std::uint32_t, 4 * (Nr + 1)>;
+using Schedule = std::array<std::uint32_t, 44>;
 
 // L * x in the field of 2^128 elements (RFC 4493, section 2.3).
 State doubled(const State& L) {

@@ -21,8 +21,8 @@ using SignedBytes = std::int8_t __attribute__((vector_size(16)));
 inline Words rotatedLeft(Words x, int bits) { return (x << bits) | (x >> (32 - bits)); }
 
 inline Words xtime(Words x) {
-  const Bytes bytes = reinterpret_cast<Bytes>(x);
-  const Bytes carries = reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(x) < 0);
+  const auto bytes = reinterpret_cast<Bytes>(x);
+  const auto carries = reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(x) < 0);
   return reinterpret_cast<Words>((bytes + bytes) ^ (carries & 0x1b));
 }
 

@@ -7,7 +7,15 @@
 #include "crypto/aes_rounds.h"
 #include "crypto/aes_tables.h"
 
-using namespace mvx2;
+using mvx2::AES_KBR;
+using mvx2::aesWord;
+using mvx2::invMixed;
+using mvx2::loadState;
+using mvx2::loadWord;
+using mvx2::Rcon;
+using mvx2::rowOf;
+using mvx2::SBox;
+using mvx2::State;
 
 namespace {
 

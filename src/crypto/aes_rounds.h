@@ -32,7 +32,7 @@ inline std::uint32_t bigEndian(std::uint32_t word) {
 }
 
 inline std::uint32_t loadWord(const unsigned char* bytes) {
-  std::uint32_t word;
+  std::uint32_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
   return bigEndian(word);
 }

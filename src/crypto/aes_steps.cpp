@@ -2,11 +2,13 @@
 #include <mvx2/aes.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 
 #include "crypto/aes_tables.h"
 
-using namespace mvx2;
+using mvx2::InvSBox;
+using mvx2::SBox;
 
 namespace {
 
@@ -73,11 +75,11 @@ void aes_ShiftRows(unsigned char* state) { shiftRows(state, 1); }
 void aes_InvShiftRows(unsigned char* state) { shiftRows(state, 3); }
 
 void aes_MixColumns(unsigned char* state) {
-  for (unsigned int c = 0; c < 4; ++c) mixColumn(state + 4 * c);
+  for (std::size_t at = 0; at < 16; at += 4) mixColumn(state + at);
 }
 
 void aes_InvMixColumns(unsigned char* state) {
-  for (unsigned int c = 0; c < 4; ++c) invMixColumn(state + 4 * c);
+  for (std::size_t at = 0; at < 16; at += 4) invMixColumn(state + at);
 }
 
 uint32_t aes_SubWord(uint32_t word) {

@@ -8,7 +8,7 @@
 
 #include "crypto/secure.h"
 
-using namespace mvx2;
+using mvx2::Wiper;
 
 namespace {
 

@@ -2,7 +2,17 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::AesBlock;
+using mvx2::test::aesDecrypted;
+using mvx2::test::aesDecryptedEquivalently;
+using mvx2::test::aesEncrypted;
+using mvx2::test::AesKey;
+using mvx2::test::aesRounds;
+using mvx2::test::arrayOf;
+using mvx2::test::Bytes;
+using mvx2::test::RandomBytes;
+using mvx2::test::readVectors;
+using mvx2::test::Vector;
 
 namespace {
 
@@ -94,7 +104,7 @@ TEST(AesCipher, ChainsToThePublishedCbcCiphertexts) {
   for (const Vector& vector : readVectors("sp800-38a.txt")) {
     SCOPED_TRACE(vector.title);
     const AesKey key(vector["key"]);
-    AesBlock iv = arrayOf<AesBlock>(vector["iv"]);
+    auto iv = arrayOf<AesBlock>(vector["iv"]);
     Bytes text = vector["plaintext"];
     for (std::size_t i = 0; i < text.size(); i += 16) {
       aes_Cipher(key.type, text.data() + i, text.data() + i, key.w.data(), iv.data());
@@ -107,7 +117,7 @@ TEST(AesInvCipher, ChainsToThePublishedCbcPlaintexts) {
   for (const Vector& vector : readVectors("sp800-38a.txt")) {
     SCOPED_TRACE(vector.title);
     const AesKey key(vector["key"]);
-    AesBlock iv = arrayOf<AesBlock>(vector["iv"]);
+    auto iv = arrayOf<AesBlock>(vector["iv"]);
     const Bytes& cipherText = vector["ciphertext"];
     Bytes plainText(cipherText.size());
     for (std::size_t i = 0; i < cipherText.size(); i += 16) {

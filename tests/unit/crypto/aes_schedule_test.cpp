@@ -2,7 +2,15 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::AesBlock;
+using mvx2::test::AesKey;
+using mvx2::test::aesKeyWords;
+using mvx2::test::aesRounds;
+using mvx2::test::aesScheduleWords;
+using mvx2::test::Bytes;
+using mvx2::test::RandomBytes;
+using mvx2::test::readVectors;
+using mvx2::test::Vector;
 
 namespace {
 

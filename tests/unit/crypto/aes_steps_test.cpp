@@ -2,7 +2,12 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::AesBlock;
+using mvx2::test::AesKey;
+using mvx2::test::Bytes;
+using mvx2::test::RandomBytes;
+using mvx2::test::readVectors;
+using mvx2::test::Vector;
 
 namespace {
 

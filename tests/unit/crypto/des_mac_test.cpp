@@ -4,7 +4,12 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::arrayOf;
+using mvx2::test::Bytes;
+using mvx2::test::DesBlock;
+using mvx2::test::RandomBytes;
+using mvx2::test::readVectors;
+using mvx2::test::Vector;
 
 namespace {
 
@@ -173,7 +178,7 @@ TEST(TdeaCmac, OfAShortMessageIsOneEncryptionWithTheChainingValueAdded) {
     const SubKeys keys(key);
     for (std::size_t length = 0; length <= 8; ++length) {
       const Bytes message = random.bytes(length);
-      DesBlock block = arrayOf<DesBlock>(message);
+      auto block = arrayOf<DesBlock>(message);
       if (length < 8) block[length] = 0x80;
       DesBlock iv = random.array<8>();
       const DesBlock expected = tdeaEncrypted(key, sum(sum(block, iv), length == 8 ? keys.K1 : keys.K2));
@@ -224,11 +229,10 @@ TEST(TdeaCmac, TakesNoBytesOfAnEmptyMessageAndDoesNotReadItsReservedArgument) {
 }
 
 TEST(TdeaCmac, DoesNotModifyTheMessage) {
-  const Bytes before(40, 0x17);
-  const Bytes message = before;
+  const Bytes message(40, 0x17);
   DesBlock iv = {};
   cmac(Bytes(24, 0x42), message, iv);
-  EXPECT_EQ(message, before);
+  EXPECT_EQ(message, Bytes(40, 0x17));
 }
 
 }  // namespace

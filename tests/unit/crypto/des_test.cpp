@@ -3,7 +3,12 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::arrayOf;
+using mvx2::test::Bytes;
+using mvx2::test::DesBlock;
+using mvx2::test::RandomBytes;
+using mvx2::test::readVectors;
+using mvx2::test::Vector;
 
 namespace {
 
@@ -75,7 +80,7 @@ TEST(Des, CbcGivesThePublishedTextsOfFips81) {
   const Vector vector = readVectors("fips-81.txt", "CBC").front();
   des_context ctx;
   des_setkey_enc(&ctx, vector["key"].data());
-  DesBlock iv = arrayOf<DesBlock>(vector["iv"]);
+  auto iv = arrayOf<DesBlock>(vector["iv"]);
   Bytes out(24);
   EXPECT_EQ(des_crypt_cbc(&ctx, DES_ENCRYPT, 24, iv.data(), vector["plaintext"].data(), out.data()), 0);
   EXPECT_EQ(out, vector["ciphertext"]);

@@ -8,7 +8,13 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::AesBlock;
+using mvx2::test::aesDecrypted;
+using mvx2::test::aesDecryptedEquivalently;
+using mvx2::test::aesEncrypted;
+using mvx2::test::AesKey;
+using mvx2::test::Bytes;
+using mvx2::test::RandomBytes;
 
 namespace {
 

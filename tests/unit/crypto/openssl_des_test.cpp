@@ -9,7 +9,9 @@
 
 #include "unit/crypto/crypto_support.h"
 
-using namespace mvx2::test;
+using mvx2::test::Bytes;
+using mvx2::test::DesBlock;
+using mvx2::test::RandomBytes;
 
 namespace {
 
@@ -34,7 +36,7 @@ DesBlock theirBlock(const Bytes& key, DesBlock block, int direction) {
   if (key.size() == 8) {
     DES_ecb_encrypt(bytes, bytes, s.data(), direction);
   } else {
-    DES_ecb3_encrypt(bytes, bytes, &s[0], &s[1], &s[2], direction);
+    DES_ecb3_encrypt(bytes, bytes, s.data(), &s[1], &s[2], direction);
   }
   return block;
 }
@@ -48,7 +50,7 @@ Bytes theirCbc(const Bytes& key, const Bytes& text, DesBlock& iv, int direction)
   if (key.size() == 8) {
     DES_ncbc_encrypt(text.data(), out.data(), length, s.data(), chain, direction);
   } else {
-    DES_ede3_cbc_encrypt(text.data(), out.data(), length, &s[0], &s[1], &s[2], chain, direction);
+    DES_ede3_cbc_encrypt(text.data(), out.data(), length, s.data(), &s[1], &s[2], chain, direction);
   }
   return out;
 }

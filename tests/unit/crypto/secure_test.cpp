@@ -4,7 +4,9 @@
 
 #include <array>
 
-using namespace mvx2;
+using mvx2::equalConstantTime;
+using mvx2::wipe;
+using mvx2::Wiper;
 
 namespace {
 

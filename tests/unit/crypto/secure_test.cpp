@@ -26,6 +26,12 @@ TEST(EqualConstantTime, IsTrueForEqualBytesOnly) {
   }
 }
 
+TEST(EqualConstantTime, SeesDifferencesThatCancelOneAnother) {
+  const Secret a = {1, 2, 3};
+  const Secret b = {2, 1, 3};
+  EXPECT_FALSE(equalConstantTime(a.data(), b.data(), a.size()));
+}
+
 TEST(EqualConstantTime, LooksAtTheGivenLengthAlone) {
   Secret a = {1, 2, 3};
   Secret b = {1, 2, 4};

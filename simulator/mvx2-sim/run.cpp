@@ -46,6 +46,7 @@ std::string steer(Daemon& daemon, const std::string& verb) try {
   setenv("MVX2_SIM", "1", 1);
   std::vector<std::string> texts = command;
   std::vector<char*> arguments;
+  arguments.reserve(texts.size() + 1);
   for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
   sigprocmask(SIG_SETMASK, &oldMask, nullptr);

@@ -16,7 +16,10 @@ using Bytes = std::vector<unsigned char>;
 const std::string terminal = "KRV MVX3 Terminal 00 00";
 const std::string sam = "ACS SAM 00 00";
 
-void sim(const std::string& line) { ASSERT_EQ(std::system((MVX2_SIM " " + line).c_str()), 0) << line; }
+void sim(const std::string& line) {
+  // NOLINTNEXTLINE(cert-env33-c): the command lines are this file's own
+  ASSERT_EQ(std::system((MVX2_SIM " " + line).c_str()), 0) << line;
+}
 
 struct Reply {
   LONG status = SCARD_S_SUCCESS;
@@ -25,18 +28,17 @@ struct Reply {
 
 class Client : public testing::Test {
  protected:
-  Client() { SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &context); }
-  ~Client() override { SCardReleaseContext(context); }
+  void SetUp() override { SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &context); }
+  void TearDown() override { SCardReleaseContext(context); }
 
   // The names that the daemon lists, one after the other.
   std::vector<std::string> list() {
-    char* names = nullptr;
-    DWORD length = SCARD_AUTOALLOCATE;
+    std::vector<char> names(1000);
+    DWORD length = names.size();
     std::vector<std::string> all;
-    if (SCardListReaders(context, nullptr, reinterpret_cast<char*>(&names), &length) != SCARD_S_SUCCESS)
-      return all;
-    for (const char* name = names; *name != '\0'; name += all.back().size() + 1) all.emplace_back(name);
-    SCardFreeMemory(context, names);
+    if (SCardListReaders(context, nullptr, names.data(), &length) != SCARD_S_SUCCESS) return all;
+    for (const char* name = names.data(); *name != '\0'; name += all.back().size() + 1)
+      all.emplace_back(name);
     return all;
   }
 
@@ -85,7 +87,10 @@ class Client : public testing::Test {
 // A client that is connected to the terminal's reader.
 class TerminalClient : public Client {
  protected:
-  TerminalClient() { connect(terminal); }
+  void SetUp() override {
+    Client::SetUp();
+    connect(terminal);
+  }
 };
 
 const std::string default_credit = "credit\r\n1250\r\n>\x90" + std::string(1, '\0');

@@ -32,7 +32,8 @@ std::string readAll(FILE* pipe) {
 
 // Runs a shell command line and collects both of its outputs.
 Result shell(const std::string& line) {
-  FILE* const pipe = popen(("exec 2>&1; " + line).c_str(), "r");
+  FILE* const pipe = popen(  // NOLINT(cert-env33-c): the command lines are this file's own
+      ("exec 2>&1; " + line).c_str(), "r");
   Result result;
   result.output = readAll(pipe);
   const int status = pclose(pipe);
@@ -93,7 +94,7 @@ class Background {
       kill(m_process, SIGKILL);
       waitpid(m_process, nullptr, 0);
     }
-    std::fclose(m_output);
+    static_cast<void>(std::fclose(m_output));
   }
 
   std::string line() {
@@ -210,13 +211,13 @@ TEST(MVX2SimRun, LeavesReadersOut) {
 
 TEST(MVX2SimRun, EndsItsDaemon) {
   const Result result = simulate("cat /run/pcscd/pcscd.pid");
-  EXPECT_TRUE(hasEnded(std::atoi(result.output.c_str()))) << result.output;
+  EXPECT_TRUE(hasEnded(std::stoi(result.output))) << result.output;
 }
 
 TEST(MVX2SimRun, EndsItsDaemonAndItsCommandWhenItIsKilled) {
   Background simulation("head -n 1 /run/pcscd/pcscd.pid; echo $$; exec sleep 1000");
-  const pid_t daemon = std::atoi(simulation.line().c_str());
-  const pid_t command = std::atoi(simulation.line().c_str());
+  const pid_t daemon = std::stoi(simulation.line());
+  const pid_t command = std::stoi(simulation.line());
   ASSERT_GT(daemon, 0);
   ASSERT_GT(command, 0);
   EXPECT_FALSE(hasEnded(daemon));

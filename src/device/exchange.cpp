@@ -1,5 +1,7 @@
 #include "device/exchange.h"
 
+#include "device/conversions.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -9,6 +11,31 @@ std::string withText(const char* word, const char* text) {
   const std::string argument(text);
   return std::string(word) + ' ' + argument;
 }
+
+template <typename T>
+T MVX2Interfaces::number(const char* word, const char* label, T neutral) {
+  T result = neutral;
+  attempt(label, [&](Channel& channel) { result = mvx2::decimal<T>(channel.mvx2Transaction(word)); });
+  return result;
+}
+
+template <typename T>
+T MVX2Interfaces::hexadecimal(const char* word, const char* label) {
+  auto result = static_cast<T>(-1);
+  attempt(label, [&](Channel& channel) {
+    result = static_cast<T>(mvx2::hexadecimal(channel.mvx2Transaction(word)));
+  });
+  return result;
+}
+
+// Once for each result type, not once in each of the methods: the library is for small boards.
+template int MVX2Interfaces::number(const char* word, const char* label, int neutral);
+template bool MVX2Interfaces::number(const char* word, const char* label, bool neutral);
+template unsigned char MVX2Interfaces::number(const char* word, const char* label, unsigned char neutral);
+template unsigned short MVX2Interfaces::number(const char* word, const char* label, unsigned short neutral);
+template int MVX2Interfaces::hexadecimal(const char* word, const char* label);
+template unsigned char MVX2Interfaces::hexadecimal(const char* word, const char* label);
+template unsigned short MVX2Interfaces::hexadecimal(const char* word, const char* label);
 
 int MVX2Interfaces::set(const char* word, std::int64_t value, const char* label) {
   int result = not_done;

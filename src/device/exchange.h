@@ -5,8 +5,6 @@
 #include <mvx2/Channel.h>
 #include <mvx2/MVX2Interfaces.h>
 
-#include "device/conversions.h"
-
 #include <exception>
 #include <string>
 
@@ -33,22 +31,6 @@ MVX2Interfaces::Outcome MVX2Interfaces::attempt(const char* label, Exchange exch
   }
   reconnect(0);
   return Outcome::failed;
-}
-
-template <typename T>
-T MVX2Interfaces::number(const char* word, const char* label, T neutral) {
-  T result = neutral;
-  attempt(label, [&](Channel& channel) { result = mvx2::decimal<T>(channel.mvx2Transaction(word)); });
-  return result;
-}
-
-template <typename T>
-T MVX2Interfaces::hexadecimal(const char* word, const char* label) {
-  T result = static_cast<T>(-1);
-  attempt(label, [&](Channel& channel) {
-    result = static_cast<T>(mvx2::hexadecimal(channel.mvx2Transaction(word)));
-  });
-  return result;
 }
 
 // A text method: exchange(channel) gives the reply.

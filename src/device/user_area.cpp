@@ -1,4 +1,5 @@
 // The user area and the sectors.
+#include "device/conversions.h"
 #include "device/exchange.h"
 
 #include <charconv>

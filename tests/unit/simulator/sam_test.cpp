@@ -87,13 +87,13 @@ class Sam : public testing::Test {
 
   // The three steps of the host authentication, each with the host's side of it.
   Bytes step1() {
-    const Bytes reply = send({0x80, 0x10, 0x00, 0x00, 0x02, 0x01, 0x00, 0x00});
+    Bytes reply = send({0x80, 0x10, 0x00, 0x00, 0x02, 0x01, 0x00, 0x00});
     if (reply.size() == 14) rnd2 = part(reply, 0, 12);
     return reply;
   }
   Bytes step2(const Bytes& key) {
     const Bytes mac = oddBytes(cmac(key, rnd2 + Bytes(4)));
-    const Bytes reply = send(command(0x10, 0x00, mac + rnd1));
+    Bytes reply = send(command(0x10, 0x00, mac + rnd1));
     if (reply.size() != 26) return reply;
     Bytes input = part(rnd1, 7, 5) + part(rnd2, 7, 5);
     for (std::size_t i = 0; i < 5; ++i) input.push_back(static_cast<unsigned char>(rnd1[i] ^ rnd2[i]));

@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -49,8 +50,10 @@ void mountMemory(const char* where) {
     throw systemFailure(std::string("cannot mount a file system on ") + where);
 }
 
+// In a chroot whose root is no mount point the mount that holds it cannot be named; what is mounted below it
+// stays inside the chroot all the same.
 void keepMountsPrivate() {
-  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 && errno != EINVAL)
     throw systemFailure("cannot make the mounts private");
 }
 

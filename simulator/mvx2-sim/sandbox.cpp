@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "places.h"
 
+#include <sys/auxv.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -58,15 +59,15 @@ void keepMountsPrivate() {
 }
 
 // The directory of this program's modules: it lies at the same place beside bin/ when built and when
-// installed.
-fs::path moduleDirectory() {
+// installed. It is found before anything is mounted, and without /proc, which a chroot may lack.
+const fs::path module_directory = [] {
   std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error);
+  const fs::path program = fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), error);
   return (program.parent_path() / MVX2_SIM_MODULES).lexically_normal();
-}
+}();
 
 void copyModule(const std::string& name, const fs::path& destination) {
-  const fs::path source = moduleDirectory() / name;
+  const fs::path source = module_directory / name;
   std::error_code error;
   fs::copy_file(source, destination, error);
   if (error) throw Failure("cannot copy " + source.string() + ": " + error.message());

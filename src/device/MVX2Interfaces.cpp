@@ -5,9 +5,10 @@
 #include <mvx2/NullStream.h>
 #include <mvx2/USBChannel.h>
 
+#include "diag/clock.h"
+
 #include <unistd.h>
 
-#include <ctime>
 #include <exception>
 #include <string>
 
@@ -18,12 +19,6 @@ namespace {
 int entryOf(int slot) {
   if (slot == -1) return 0;
   return slot == 0 || slot == 1 ? slot : -1;
-}
-
-// The text of ctime(), which ends with a line feed of its own; null if the clock has no such text.
-const char* now() {
-  const std::time_t time = std::time(nullptr);
-  return std::ctime(&time);
 }
 
 }  // namespace
@@ -69,7 +64,7 @@ bool MVX2Interfaces::tryToConnect() {
   try {
     m_channel = new USBChannel(m_readerSelect);
     m_channel->mvx2Transaction("");
-    m_log << "USB connexion at " << now() << std::endl;
+    m_log << "USB connexion at " << mvx2::now() << std::endl;
     return true;
   } catch (const std::exception& e) {
     dropChannel();
@@ -96,7 +91,7 @@ int MVX2Interfaces::disconnect() {
   if (m_channel == nullptr) return 1;
   dropChannel();
   try {
-    m_log << "MVX2Interfaces disconnexion at " << now() << std::endl;
+    m_log << "MVX2Interfaces disconnexion at " << mvx2::now() << std::endl;
   } catch (const std::exception& e) {
     m_log << "disconnect : " << e.what() << std::endl;
     if (m_externalException) throw std::exception();

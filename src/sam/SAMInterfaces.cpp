@@ -2,21 +2,16 @@
 
 #include <mvx2/SAMChannel.h>
 
+#include "diag/clock.h"
+
 #include <unistd.h>
 
-#include <ctime>
 #include <exception>
 #include <iostream>
 #include <string>
 #include <utility>
 
 namespace {
-
-// The text of ctime(), which ends with a line feed of its own; null if the clock has no such text.
-const char* now() {
-  const std::time_t time = std::time(nullptr);
-  return std::ctime(&time);
-}
 
 // Writes the line of an error. The log may be what failed: then the line is lost.
 void report(std::ostream& log, const char* label, const std::exception& error) noexcept {
@@ -65,8 +60,8 @@ void SAMInterfaces::attemptToConnect(int& result) {
     m_channel = new SAMChannel;
     const long status = m_channel->connect();
     result = status == 0 ? 1 : 0;
-    *m_log << "SAM connexion at " << now() << " (status = " << result << ")(error = " << std::hex << status
-           << ")" << std::endl;
+    *m_log << "SAM connexion at " << mvx2::now() << " (status = " << result << ")(error = " << std::hex
+           << status << ")" << std::endl;
   } catch (const std::exception& e) {
     dropChannel();
     report(*m_log, "SAM: ", e);
@@ -79,7 +74,7 @@ int SAMInterfaces::SAM_disconnect() {
   if (m_channel == nullptr) return 1;
   dropChannel();
   try {
-    *m_log << "SAM disconnexion at " << now() << std::endl;
+    *m_log << "SAM disconnexion at " << mvx2::now() << std::endl;
   } catch (const std::exception& e) {
     report(*m_log, "disconnect : ", e);
     if (m_externalException) throw std::exception();

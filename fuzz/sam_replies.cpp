@@ -42,6 +42,7 @@ struct Reply {
   LONG status = SCARD_F_COMM_ERROR;
   Bytes bytes = Bytes(room);
   std::size_t length = 0;
+  bool hasRightMac = false;
 
   bool endsWith(unsigned char sw1, unsigned char sw2) const {
     return length >= 2 && bytes[length - 2] == sw1 && bytes[length - 1] == sw2;
@@ -56,7 +57,7 @@ Input input{nullptr, 0};
 std::vector<Reply> replies;
 
 // The MAC that the module owes for the host's random number in the second unlock step.
-void putRightMac(const unsigned char* command, unsigned char* reply) {
+Bytes rightMac(const unsigned char* command) {
   unsigned char k1[16];
   unsigned char k2[16];
   unsigned char message[16] = {};
@@ -65,7 +66,9 @@ void putRightMac(const unsigned char* command, unsigned char* reply) {
   aes_GenerateSubKey(the_key, k1, k2);
   std::copy_n(command + 13, 12, message);
   aes_buildCmac(the_key, k1, k2, message, sizeof message, cmac, iv);
-  for (int i = 0; i < 8; ++i) reply[i] = cmac[2 * i + 1];
+  Bytes mac;
+  for (int i = 0; i < 8; ++i) mac.push_back(cmac[2 * i + 1]);
+  return mac;
 }
 
 // An array with the filling on all of its 69 bytes, and whether it still has that from some index on.
@@ -178,7 +181,7 @@ void generateMac(SAMChannel& channel, unsigned char length) {
   out.checkHolds(false, {});
 }
 
-// The status after each number of exchanges that an unlock went through.
+// How far an unlock went, and its status there.
 void unlock(SAMChannel& channel, unsigned char /*argument*/) {
   long status = 0;
   const bool unlocked = channel.unlock(the_key, status, 16);
@@ -187,6 +190,7 @@ void unlock(SAMChannel& channel, unsigned char /*argument*/) {
   for (std::size_t step = 0; step + 1 < steps; ++step)
     check(replies[step].status == SCARD_S_SUCCESS && replies[step].endsWith(0x90, 0xAF), "a step goes on");
   check(steps < 2 || replies[0].length == 14, "the length of the first step");
+  check(steps < 3 || replies[1].hasRightMac, "the module's MAC");
   if (last().status != SCARD_S_SUCCESS)
     check(!unlocked && status == last().status, "a PC/SC status");
   else if (last().length < 3)
@@ -196,7 +200,9 @@ void unlock(SAMChannel& channel, unsigned char /*argument*/) {
   else if (steps == 1 && last().length != 14)
     check(!unlocked && status == -2, "the length of the first reply");
   else
-    check(!unlocked && status == (last().endsWith(0x90, 0xAF) ? -2 : -1), "the status word or the MAC");
+    check(!unlocked && !(last().endsWith(0x90, 0xAF) && last().hasRightMac) &&
+              status == (last().endsWith(0x90, 0xAF) ? -2 : -1),
+          "the status word or the MAC");
 }
 
 constexpr void (*operations[])(SAMChannel&, unsigned char) = {
@@ -256,12 +262,14 @@ LONG SCardTransmit(SCARDHANDLE /*card*/, const SCARD_IO_REQUEST* /*send*/, LPCBY
   const unsigned char flags = input.byte();
   Bytes bytes = input.bytes(input.byte() % (room + 1));
   const bool isStep2 = commandLength == 26 && command[1] == 0x10;
-  if ((flags & 4) != 0 && isStep2 && bytes.size() >= 8) putRightMac(command, bytes.data());
+  const Bytes mac = isStep2 ? rightMac(command) : Bytes();
+  if ((flags & 4) != 0 && bytes.size() >= mac.size()) std::copy(mac.begin(), mac.end(), bytes.begin());
   Reply reply;
   reply.status = (flags & 1) != 0 ? SCARD_E_NOT_TRANSACTED : SCARD_S_SUCCESS;
   *outLength = (flags & 2) != 0 ? 10 * bytes.size() : bytes.size();
   reply.length = std::min<std::size_t>(*outLength, room);
   std::copy(bytes.begin(), bytes.end(), reply.bytes.begin());
+  reply.hasRightMac = isStep2 && reply.first(8) == mac;
   std::copy(bytes.begin(), bytes.end(), out);
   replies.push_back(reply);
   return reply.status;

@@ -6,6 +6,7 @@
 #include "fuzz.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <iterator>
 #include <vector>
@@ -234,7 +235,8 @@ LONG SCardReleaseContext(SCARDCONTEXT /*context*/) { return SCARD_S_SUCCESS; }
 
 LONG SCardListReaders(SCARDCONTEXT /*context*/, LPCSTR /*groups*/, LPSTR readers, LPDWORD length) {
   static char list[] = "ACS SAM\0";
-  *reinterpret_cast<char**>(readers) = list;
+  char* const start = list;
+  std::memcpy(readers, &start, sizeof start);
   *length = sizeof list;
   return SCARD_S_SUCCESS;
 }

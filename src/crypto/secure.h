@@ -29,6 +29,24 @@ class Wiper {
   T& m_object;
 };
 
+// Clears the stack below the caller: calls that are over leave there what the compiler spilled in them, out
+// of the reach of a Wiper.
+[[gnu::noinline]] inline void wipeStackBelow() {
+  unsigned char below[2048];
+  wipe(below, sizeof below);
+}
+
+// Does so when its scope ends. Declare it first: then it outlives the Wipers.
+class StackWiper {
+ public:
+  StackWiper() = default;
+  StackWiper(const StackWiper&) = delete;
+  StackWiper(StackWiper&&) = delete;
+  StackWiper& operator=(const StackWiper&) = delete;
+  StackWiper& operator=(StackWiper&&) = delete;
+  ~StackWiper() { wipeStackBelow(); }
+};
+
 // Whether two byte arrays are equal, in a time that depends on their length alone.
 inline bool equalConstantTime(const unsigned char* a, const unsigned char* b, std::size_t length) {
   unsigned char difference = 0;

@@ -41,6 +41,7 @@ bool SAMChannel::AES_Decipher(unsigned char* key, unsigned char* in, unsigned ch
 
 void SAMChannel::calculateCMAC(unsigned char* message16, unsigned char* key, unsigned char* k1,
                                unsigned char* k2, unsigned char* cmacOut, unsigned char* macOut) {
+  const mvx2::StackWiper wipeStack;
   unsigned char chain[16] = {};
   const mvx2::Wiper wipeChain(chain);
   aes_buildCmac(key, k1, k2, message16, 16, cmacOut, chain);
@@ -50,6 +51,7 @@ void SAMChannel::calculateCMAC(unsigned char* message16, unsigned char* key, uns
 void SAMChannel::calculateAESCMAC(unsigned char* data, unsigned long dataLength, unsigned char* key,
                                   unsigned char* cmacOut, unsigned char* macOut, unsigned char* chainOut,
                                   unsigned char* chainIn) {
+  const mvx2::StackWiper wipeStack;
   unsigned char k1[16];
   unsigned char k2[16];
   unsigned char chain[16] = {};

@@ -76,6 +76,7 @@ bool SAMChannel::unlock_part1(unsigned char* rnd2Out, long& status) {
 
 bool SAMChannel::unlock_part2(unsigned char* key, unsigned char* rnd2, unsigned char* rnd1Out,
                               unsigned char* replyOut, long& status) {
+  const mvx2::StackWiper wipeStack;
   unsigned char k1[16];
   unsigned char k2[16];
   unsigned char hostProof[20];  // the host's MAC, Rnd1

@@ -6,6 +6,7 @@
 #include "unlock_vector.h"
 
 #include <climits>
+#include <cstring>
 #include <iostream>
 #include <locale>
 #include <sstream>
@@ -29,12 +30,22 @@ const std::string connected = "SAM connexion at " + the_time + " (status = 1)(er
 const std::string not_connected = "SAM connexion at " + the_time + " (status = 0)(error = 8010001d)\n";
 const std::string disconnected = "SAM disconnexion at " + the_time + "\n";
 
+// Keeps what is written and counts the flushes.
+class FlushCounter : public std::stringbuf {
+ public:
+  int flushes = 0;
+
+ protected:
+  int sync() override {
+    ++flushes;
+    return 0;
+  }
+};
+
 // Reads what goes to standard output, and leaves the stream as it was found.
 class OutputCapture {
  public:
-  OutputCapture() : m_before(nullptr), m_buffer(std::cout.rdbuf(m_text.rdbuf())) {
-    m_before.copyfmt(std::cout);
-  }
+  OutputCapture() : m_before(nullptr), m_buffer(std::cout.rdbuf(&m_text)) { m_before.copyfmt(std::cout); }
   OutputCapture(const OutputCapture&) = delete;
   OutputCapture(OutputCapture&&) = delete;
   OutputCapture& operator=(const OutputCapture&) = delete;
@@ -45,9 +56,10 @@ class OutputCapture {
     std::cout.copyfmt(m_before);
   }
   std::string text() const { return m_text.str(); }
+  int flushes() const { return m_text.flushes; }
 
  private:
-  std::ostringstream m_text;
+  FlushCounter m_text;
   std::ios m_before;
   std::streambuf* m_buffer;
 };
@@ -180,6 +192,12 @@ TEST_F(SamFacade, LeavesStandardOutputInHexadecimalMode) {
   facade->SAM_connect(1);
   std::cout << 255;
   EXPECT_EQ(output.text(), connected + "ff");
+}
+
+TEST_F(SamFacade, FlushesEachLine) {
+  facade->SAM_connect(2);
+  facade->SAM_disconnect();
+  EXPECT_EQ(output.flushes(), 3);
 }
 
 TEST_F(SamFacade, BreaksItsLineOffWhenTheTimeHasNoText) {
@@ -391,6 +409,53 @@ TEST_F(SamFacade, ReportsAFailedUnlock) {
   scriptUnlock();
   Bytes key(16, 0x00);
   EXPECT_FALSE(facade->SAM_unlock(key.data(), 16));
+}
+
+// The facade's data in its documented order.
+struct FacadeFields {
+  SAMChannel* channel;
+  bool externalException;
+  std::ostream* log;
+  int unlocked;
+};
+
+FacadeFields fieldsOf(const SAMInterfaces* facade) {
+  FacadeFields fields{};
+  static_assert(sizeof fields == sizeof *facade);
+  std::memcpy(&fields, reinterpret_cast<const char*>(facade), sizeof fields);
+  return fields;
+}
+
+TEST_F(SamFacade, HasItsDataInTheDocumentedOrder) {
+  EXPECT_EQ(fieldsOf(facade).channel, nullptr);
+  EXPECT_EQ(fieldsOf(facade).log, &std::cout);
+  facade->enableExternalException(true);
+  facade->findSAMConnection();
+  EXPECT_NE(fieldsOf(facade).channel, nullptr);
+  EXPECT_TRUE(fieldsOf(facade).externalException);
+}
+
+TEST_F(SamFacade, IsMarkedUnlockedByASuccessfulUnlockAlone) {
+  Bytes key = UnlockVector::instance().key;
+  facade->SAM_unlock(key.data(), 16);
+  EXPECT_EQ(fieldsOf(facade).unlocked, 0);
+  facade->SAM_connect(1);
+  facade->SAM_unlock(key.data(), 16);
+  EXPECT_EQ(fieldsOf(facade).unlocked, 0);
+  scriptUnlock();
+  facade->SAM_unlock(key.data(), 16);
+  EXPECT_EQ(fieldsOf(facade).unlocked, 1);
+}
+
+TEST_F(SamFacade, StaysMarkedUnlockedWhateverFollows) {
+  Bytes key = UnlockVector::instance().key;
+  facade->SAM_connect(1);
+  scriptUnlock();
+  facade->SAM_unlock(key.data(), 16);
+  facade->SAM_unlock(key.data(), 16);
+  facade->SAM_disconnect();
+  facade->SAM_connect(1);
+  EXPECT_EQ(fieldsOf(facade).unlocked, 1);
 }
 
 // ---- version, switch, log

@@ -69,6 +69,14 @@ TEST_F(SamHostAesDecipher, TakesOneBlockForALengthUpTo16) {
   }
 }
 
+TEST_F(SamHostAesDecipher, UsesTheChainingValueForOneBlock) {
+  iv = Bytes(16, 0xFF);
+  EXPECT_TRUE(decipher(16, 16));
+  Bytes inverted = vector().rndA;
+  for (unsigned char& byte : inverted) byte = static_cast<unsigned char>(~byte);
+  EXPECT_EQ(out, joined(inverted, Bytes(17, 0xEE)));
+}
+
 TEST_F(SamHostAesDecipher, TakesTwoChainedBlocksForALengthOf32) {
   EXPECT_TRUE(decipher(32, 32));
   EXPECT_EQ(out, joined(joined(vector().rndA, vector().rndBRotated), {0xEE}));
@@ -148,12 +156,16 @@ TEST_F(SamHostCmac, StartsFromTheChainingValueAndLeavesItAlone) {
   for (unsigned char& byte : same) byte = static_cast<unsigned char>(byte ^ 0x3C);
   compute(same, chainIn.data());
   EXPECT_EQ(cmac, joined(vector().samCmac, {0xEE}));
+  EXPECT_EQ(mac, joined(vector().samMac, {0xEE}));
+  EXPECT_EQ(chainOut, joined(vector().samCmac, {0xEE}));
   EXPECT_EQ(chainIn, Bytes(16, 0x3C));
 }
 
 TEST_F(SamHostCmac, ChainsInPlace) {
-  chainOut = Bytes(16, 0x00);
-  compute(message, chainOut.data());
+  chainOut = Bytes(16, 0x3C);
+  Bytes same = message;
+  for (unsigned char& byte : same) byte = static_cast<unsigned char>(byte ^ 0x3C);
+  compute(same, chainOut.data());
   EXPECT_EQ(chainOut, vector().samCmac);
 }
 
@@ -172,11 +184,15 @@ TEST_F(SamHostCmac, TakesUpTo255Bytes) {
   EXPECT_NE(cmac, before);
 }
 
-TEST_F(SamHostCmac, TakesANullMessageWithoutALength) {
+TEST_F(SamHostCmac, OfNothingIsTheOneOfRfc4493) {
+  key = mvx2test::unhex("2B 7E 15 16 28 AE D2 A6 AB F7 15 88 09 CF 4F 3C");
+  const Bytes published = mvx2test::unhex("BB 1D 69 29 E9 59 37 28 7F A3 7D 12 9B 75 67 46");
   channel.calculateAESCMAC(nullptr, 0, key.data(), cmac.data(), mac.data(), chainOut.data(), nullptr);
-  const Bytes ofNull = cmac;
-  compute({}, nullptr);
-  EXPECT_EQ(cmac, ofNull);
+  EXPECT_EQ(cmac, joined(published, {0xEE}));
+  EXPECT_EQ(mac, mvx2test::unhex("1D 29 59 28 A3 12 75 46 EE"));
+  cmac = Bytes(17, 0xEE);
+  compute(Bytes(256, 0xAB), nullptr);
+  EXPECT_EQ(cmac, joined(published, {0xEE})) << "256 bytes count as none";
 }
 
 }  // namespace

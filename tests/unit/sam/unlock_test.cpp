@@ -143,12 +143,26 @@ TEST_F(SamUnlock, SendsNothingWithoutAConnection) {
   EXPECT_EQ(status, untouched);
 }
 
-TEST_F(SamUnlock, TakesTwelveAndSixteenFreshRandomNumbersEachTime) {
+TEST_F(SamUnlock, TakesAFreshFirstRandomNumberEachTime) {
   Calls commands;
   for (int i = 0; i < 2; ++i) {
     pcsc.reply(vector().step1Reply());
+    unlock();
+    ASSERT_EQ(sent().size(), 2U);
+    commands.push_back(sent().back());
+    pcsc.apdus.clear();
+  }
+  EXPECT_NE(commands[0], commands[1]);
+}
+
+TEST_F(SamUnlock, TakesAFreshSecondRandomNumberEachTime) {
+  Calls commands;
+  for (int i = 0; i < 2; ++i) {
+    random.give(vector().rnd1);
+    pcsc.reply(vector().step1Reply());
     pcsc.reply(vector().step2Reply());
     unlock();
+    ASSERT_EQ(sent().size(), 3U);
     commands.push_back(sent().back());
     pcsc.apdus.clear();
   }

@@ -217,6 +217,7 @@ LONG SCardTransmit(SCARDHANDLE card, const SCARD_IO_REQUEST* sendPci, LPCBYTE co
 }
 
 unsigned int sleep(unsigned int seconds) {
+  if (pcsc().onCall) pcsc().onCall("sleep");
   pcsc().calls.push_back("sleep(" + std::to_string(seconds) + ")");
   return 0;
 }

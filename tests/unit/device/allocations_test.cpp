@@ -23,6 +23,12 @@ int failing_allocation = 0;  // the count at which one fails; 0: never
 
 std::string_view reader_reply;  // with the status bytes
 
+// What PC/SC has handed out and not got back.
+int open_contexts = 0;
+int open_lists = 0;
+int open_cards = 0;
+int open_transactions = 0;
+
 }  // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-no-malloc): an operator new has nothing else to take memory from.
@@ -41,25 +47,43 @@ extern "C" {
 LONG SCardEstablishContext(DWORD /*scope*/, LPCVOID /*reserved1*/, LPCVOID /*reserved2*/,
                            LPSCARDCONTEXT context) {
   *context = 1;
+  ++open_contexts;
   return SCARD_S_SUCCESS;
 }
-LONG SCardReleaseContext(SCARDCONTEXT /*context*/) { return SCARD_S_SUCCESS; }
+LONG SCardReleaseContext(SCARDCONTEXT /*context*/) {
+  --open_contexts;
+  return SCARD_S_SUCCESS;
+}
 LONG SCardListReaders(SCARDCONTEXT /*context*/, LPCSTR /*groups*/, LPSTR readers, LPDWORD /*length*/) {
   static char list[] = "KRV\0";
   char* const names = list;
   std::memcpy(readers, &names, sizeof names);
+  ++open_lists;
   return SCARD_S_SUCCESS;
 }
-LONG SCardFreeMemory(SCARDCONTEXT /*context*/, LPCVOID /*memory*/) { return SCARD_S_SUCCESS; }
+LONG SCardFreeMemory(SCARDCONTEXT /*context*/, LPCVOID /*memory*/) {
+  --open_lists;
+  return SCARD_S_SUCCESS;
+}
 LONG SCardConnect(SCARDCONTEXT /*context*/, LPCSTR /*reader*/, DWORD /*share*/, DWORD /*protocols*/,
                   LPSCARDHANDLE card, LPDWORD activeProtocol) {
   *card = 1;
   *activeProtocol = SCARD_PROTOCOL_T1;
+  ++open_cards;
   return SCARD_S_SUCCESS;
 }
-LONG SCardDisconnect(SCARDHANDLE /*card*/, DWORD /*disposition*/) { return SCARD_S_SUCCESS; }
-LONG SCardBeginTransaction(SCARDHANDLE /*card*/) { return SCARD_S_SUCCESS; }
-LONG SCardEndTransaction(SCARDHANDLE /*card*/, DWORD /*disposition*/) { return SCARD_S_SUCCESS; }
+LONG SCardDisconnect(SCARDHANDLE /*card*/, DWORD /*disposition*/) {
+  --open_cards;
+  return SCARD_S_SUCCESS;
+}
+LONG SCardBeginTransaction(SCARDHANDLE /*card*/) {
+  ++open_transactions;
+  return SCARD_S_SUCCESS;
+}
+LONG SCardEndTransaction(SCARDHANDLE /*card*/, DWORD /*disposition*/) {
+  --open_transactions;
+  return SCARD_S_SUCCESS;
+}
 LONG SCardTransmit(SCARDHANDLE /*card*/, const SCARD_IO_REQUEST* /*sendPci*/, LPCBYTE command,
                    DWORD /*commandLength*/, SCARD_IO_REQUEST* /*receivePci*/, LPBYTE reply,
                    LPDWORD replyLength) {
@@ -72,6 +96,7 @@ LONG SCardTransmit(SCARDHANDLE /*card*/, const SCARD_IO_REQUEST* /*sendPci*/, LP
     std::copy(std::begin(waits), std::end(waits), reply);
   return SCARD_S_SUCCESS;
 }
+unsigned int sleep(unsigned int /*seconds*/) { return 0; }
 
 }  // extern "C"
 
@@ -97,6 +122,14 @@ class Allocations : public testing::Test {
   void TearDown() override {
     failing_allocation = 0;
     facade->disconnect();
+  }
+
+  // Lets the nth coming allocation fail while the call runs.
+  void failAllocation(int nth, const Call& call) {
+    allocations = 0;
+    failing_allocation = nth;
+    call(*facade);
+    failing_allocation = 0;
   }
 
   // Of the second call: the first one makes the buffer of a text method.
@@ -175,11 +208,47 @@ TEST_F(Allocations, AreNoneWithoutAChannel) {
 TEST_F(Allocations, ThatFailInACommandAreAFailureLikeAnyOther) {
   reader_reply = long_reply;
   const mvx2test::LogCapture log;
-  allocations = 0;
-  failing_allocation = 2;  // the answer: the channel absorbs what fails while it exchanges
-  EXPECT_EQ(facade->getCredit(), -1);
-  failing_allocation = 0;
+  // The second is the answer: the channel absorbs what fails while it exchanges.
+  failAllocation(2, [](MVX2Interfaces& f) { EXPECT_EQ(f.getCredit(), -1); });
   EXPECT_EQ(log.lines().at(0), "credit : std::bad_alloc");
+}
+
+TEST_F(Allocations, ThatFailInATextExchangeMakeItsReplyEmpty) {
+  reader_reply = long_reply;
+  const mvx2test::LogCapture log;
+  failAllocation(1, [](MVX2Interfaces& f) { EXPECT_EQ(f.getCredit(), 0); });
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(Allocations, ThatFailInARawExchangeLeaveNoTransactionOpen) {
+  facade->sendAPDU("", 0);
+  reader_reply = long_reply;
+  const int before = open_transactions;
+  const mvx2test::LogCapture log;
+  failAllocation(1, [](MVX2Interfaces& f) { EXPECT_STREQ(f.sendAPDU("value", 5), "No connected"); });
+  EXPECT_EQ(open_transactions, before);
+  EXPECT_EQ(log.lines().at(0), "value : std::exception");
+}
+
+TEST_F(Allocations, ThatFailInAConnectLeaveNothingAcquired) {
+  facade->disconnect();
+  reader_reply = long_reply;
+  const mvx2test::LogCapture log;
+  int failures = 0;
+  for (int nth = 1; nth <= 8; ++nth) {
+    bool connected = true;
+    failAllocation(nth, [&](MVX2Interfaces& f) { connected = f.connect(1, velmorin::CONNECT_DEFAULT); });
+    EXPECT_EQ(facade->channelIsReady(), connected ? 1 : 0);
+    if (!connected) {
+      ++failures;
+      EXPECT_EQ(log.lines().back(), "USB: std::bad_alloc") << nth;
+    }
+    facade->disconnect();
+    EXPECT_EQ(open_contexts, 0) << nth;
+    EXPECT_EQ(open_lists, 0) << nth;
+    EXPECT_EQ(open_cards, 0) << nth;
+  }
+  EXPECT_GE(failures, 3) << "channel, reader names, protocol information";
 }
 
 }  // namespace

@@ -6,8 +6,10 @@
 #include "support/scripted_pcsc.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <climits>
+#include <cstdlib>
 #include <regex>
 #include <string>
 #include <typeinfo>
@@ -181,6 +183,14 @@ TEST_F(Facade, DisconnectsFirstWhenItIsConnected) {
   EXPECT_EQ(pcsc.openCards, 1);
 }
 
+TEST_F(Facade, DisconnectsFirstInAnotherModeToo) {
+  facade->connect(1, CONNECT_DEFAULT);
+  pcsc.calls.clear();
+  EXPECT_FALSE(facade->connect(1, static_cast<ConnectMode_t>(0)));
+  EXPECT_EQ(pcsc.callNames(), (Calls{"SCardDisconnect", "SCardReleaseContext", "sleep"}));
+  EXPECT_EQ(facade->channelIsReady(), 0);
+}
+
 TEST_F(Facade, HasNoChannelAfterAFailedConnect) {
   facade->connect(1, CONNECT_DEFAULT);
   failTries(1);
@@ -334,9 +344,15 @@ TEST_F(Facade, LogsNothingForADisconnectWithoutAChannel) {
 }
 
 TEST_F(Facade, AcceptsALogFileAndMakesNone) {
-  EXPECT_EQ(facade->openLogStream("/nonexistent/log"), 0);
+  std::string directory = "/tmp/mvx2-log-XXXXXX";
+  ASSERT_NE(mkdtemp(directory.data()), nullptr);
+  const std::string path = directory + "/log";
+  EXPECT_EQ(facade->openLogStream(path.c_str()), 0);
   EXPECT_EQ(facade->openLogStream(nullptr), 0);
+  failTries(1);
+  facade->connect(1, CONNECT_DEFAULT);
   EXPECT_EQ(facade->closeLogStream(), 0);
+  EXPECT_EQ(rmdir(directory.c_str()), 0) << "the directory is not empty";
   EXPECT_TRUE(null_stream.is_open());
 }
 
@@ -356,6 +372,11 @@ TEST_F(Facade, HasAnEmptyPipeNameWhenConnected) {
 TEST_F(Facade, NamesItsVersion) {
   EXPECT_STREQ(facade->dllVersion(), "VELMORIN MVXx DLL\tV4.0.1.1\tJul  2 2015");
   EXPECT_EQ(facade->dllVersion(), facade->dllVersion());
+}
+
+TEST_F(Facade, RebuildsItsVersionInEveryCall) {
+  const_cast<char*>(facade->dllVersion())[0] = 'X';
+  EXPECT_EQ(facade->dllVersion()[0], 'V');
 }
 
 TEST_F(Facade, HasExternalExceptionsOffAtFirst) { EXPECT_FALSE(facade->externalExceptionIsEnable()); }

@@ -465,6 +465,11 @@ TEST_F(SamFacade, NamesItsVersion) {
   EXPECT_EQ(facade->dllVersion(), facade->dllVersion());
 }
 
+TEST_F(SamFacade, RebuildsItsVersionInEveryCall) {
+  const_cast<char*>(facade->dllVersion())[0] = 'X';
+  EXPECT_EQ(facade->dllVersion()[0], 'V');
+}
+
 TEST_F(SamFacade, HasExternalExceptionsOffAtFirst) { EXPECT_FALSE(facade->externalExceptionIsEnable()); }
 
 TEST_F(SamFacade, SwitchesExternalExceptionsOnAndOff) {

@@ -63,6 +63,7 @@ run_tests() {
   shift
   junit=$PWD/build/$preset/tests.xml
   rm -f "$junit"
-  ctest --preset "$preset" --output-junit "$junit" --parallel "$(nproc)" --progress "$@" || true
+  # The timeout ends a test that waits for a reader for ever; none comes near it otherwise.
+  ctest --preset "$preset" --output-junit "$junit" --parallel "$(nproc)" --timeout 300 --progress "$@" || true
   python3 scripts/summary.py "$junit"
 }

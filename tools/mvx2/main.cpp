@@ -4,6 +4,9 @@
 
 #include <mvx2/NullStream.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <iostream>
 
@@ -11,8 +14,10 @@ namespace {
 
 using namespace mvx2tool;
 
-// The library logs into a buffer of its own; appending leaves what standard error may already hold.
+// The library logs into a file buffer of its own. When standard error is a file, both have to append: each
+// would else write over what the other wrote.
 void showLibraryLog() {
+  fcntl(STDERR_FILENO, F_SETFL, fcntl(STDERR_FILENO, F_GETFL) | O_APPEND);
   null_stream.close();
   null_stream.open("/dev/stderr", std::ios_base::out | std::ios_base::app);
 }

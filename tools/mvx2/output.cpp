@@ -62,7 +62,8 @@ std::string Table::text(bool coloured) const {
 }
 
 Json Output::framed(const Json& fields) const {
-  Json object = {{"schema", schema_number}, {"command", command}};
+  Json object = {{"schema", schema_number}};
+  if (!command.empty()) object["command"] = command;
   object.update(fields);
   return object;
 }

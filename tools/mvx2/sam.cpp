@@ -20,12 +20,13 @@ std::string chosenReader() {
 [[noreturn]] void failToConnect(long status, const std::string& reader) {
   Problem problem;
   problem.operation = "sam connect";
-  problem.status = static_cast<std::uint32_t>(status);
+  // A list without a SAM's reader is no error of PC/SC.
+  if (status != 0) problem.status = static_cast<std::uint32_t>(status);
   problem.reader = reader;
   problem.exit = reader.empty() ? Exit::noReader : Exit::noAnswer;
   problem.message = "the SAM in its reader cannot be connected";
-  problem.hint = statusRemedy(*problem.status);
-  if (reader.empty()) {
+  problem.hint = statusRemedy(static_cast<std::uint32_t>(status));
+  if (reader.empty() && status == 0) {
     problem.message = "no reader of a SAM is plugged in";
     problem.hint = "plug it in: its name holds ACS, ACR or CCID; mvx2 doctor shows each reader's role";
   }

@@ -72,7 +72,6 @@ void Session::open() {
   // Between the last attempt and the diagnosis the terminal may have come.
   if (problem.exit == Exit::noAnswer && problem.status == 0U)
     problem.message = "the terminal could not be connected";
-  problem.message = "the terminal could not be connected";
   throw Failure(std::move(problem));
 }
 

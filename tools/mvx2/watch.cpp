@@ -84,9 +84,8 @@ class Watcher {
   }
 
   void awaitReturn(const Problem& problem) {
-    const std::string status = describeStatus(problem.status.value_or(0));
-    tell(m_tool, "lost", {{"reason", problem.message}, {"status", status}},
-         "lost: " + problem.message + " (" + status + ")");
+    const std::string status = problem.status ? ": " + describeStatus(*problem.status) : "";
+    tell(m_tool, "lost", {{"reason", problem.message + status}}, "lost: " + problem.message + status);
     // A failed attempt takes a second by itself.
     while (!interrupt::requested()) {
       if (!m_session.tryToOpen()) continue;

@@ -187,9 +187,9 @@ TEST(CommandEffect, GetAllReadsEveryValueThatValuesLists) {
 }
 
 TEST(CommandEffect, GetAllIsTheSameInBothForms) {
+  const nlohmann::json result = mvx2("get --all --json").json();
   std::string expected;
-  for (const auto& value : mvx2("get --all --json").json()["values"])
-    expected += value["text"].get<std::string>() + '\n';
+  for (const auto& value : result["values"]) expected += value["text"].get<std::string>() + '\n';
   EXPECT_EQ(mvx2("get --all --quiet").out, expected);
 }
 

@@ -162,8 +162,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{"ValueInTheBootLoader", "set state boot", "get credit", "ERR unknown"},
                     Refusal{"OnlineInTheBootLoader", "set state boot", "online", "ERR unknown"},
                     Refusal{"BeepInTheBootLoader", "set state boot", "beep", "ERR unknown"},
-                    Refusal{"RebootInTheBootLoader", "set state boot", "reboot", "ERR unknown"},
-                    Refusal{"BackupInTheBootLoader", "set bootlines 100", "backup /nowhere", "ERR unknown"}),
+                    Refusal{"RebootInTheBootLoader", "set state boot", "reboot", "ERR unknown"}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST(RefusedValue, LeavesTheOthersInTheResult) {
@@ -187,6 +186,13 @@ TEST(RefusedValue, IsNullInJson) {
 TEST(RefusedValue, SaysHowToLeaveTheBootLoader) {
   sim("set state boot");
   EXPECT_TRUE(holds(mvx2("get credit").err, "hint       it is in its boot loader mode: mvx2 quit\n"));
+}
+
+TEST(RefusedValue, EndsABackupWithoutAFile) {
+  sim("set state boot");
+  sim("set bootlines 100");
+  EXPECT_EQ(mvx2("backup " + scratch("new.json")).exit, 5);
+  EXPECT_EQ(mvx2test::readFile(scratch("new.json")), "");
 }
 
 // ---- usage: nothing is sent

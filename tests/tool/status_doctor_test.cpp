@@ -118,8 +118,9 @@ TEST_P(Ill, SystemIsDiagnosed) {
   const Outcome run = mvx2("doctor --json");
   EXPECT_EQ(run.exit, GetParam().exit);
   EXPECT_EQ(mvx2test::schemaComplaint(run.out + run.err), "");
-  EXPECT_EQ(run.json()["healthy"], GetParam().exit == 0);
-  for (const auto& check : run.json()["checks"]) {
+  const nlohmann::json result = run.json();
+  EXPECT_EQ(result["healthy"], GetParam().exit == 0);
+  for (const auto& check : result["checks"]) {
     if (check["name"] != GetParam().check) continue;
     EXPECT_EQ(check["result"], GetParam().result);
     EXPECT_EQ(check["mend"], GetParam().mend);

@@ -65,6 +65,7 @@ void sendText(const Tool& tool, const Arguments& arguments) {
   if (!bytes) failUsage("not an escape of this text: use \\r \\n \\t \\\\ or \\xNN");
   if (!arguments.raw && bytes->find('\r') != std::string::npos)
     failUsage("one line only: the carriage return is added", "send --raw takes the text as it is");
+  checkRequest(arguments.raw ? *bytes : *bytes + '\r', "send");
   Session session(tool);
   session.open();
   if (arguments.raw) {

@@ -45,6 +45,13 @@ const char* modeOf(char prompt) {
   return prompt == boot_prompt ? "boot loader" : prompt == online_prompt ? "on-line" : "command";
 }
 
+void checkRequest(const std::string& bytes, const std::string& operation) {
+  if (bytes.size() > max_request)
+    failUsage("too long for one exchange: " + operation,
+              "a line with its carriage return holds 64 bytes; this one is " + std::to_string(bytes.size()));
+  if (bytes.find('\0') != std::string::npos) failUsage("a byte 00 cannot be sent: " + operation);
+}
+
 void failRefused(const std::string& operation, const std::string& reply, const std::string& message,
                  const std::string& hint) {
   Problem problem;
@@ -87,10 +94,7 @@ void Session::failNoAnswer(const std::string& operation) {
 }
 
 std::string Session::send(const std::string& bytes, const std::string& operation) {
-  if (bytes.size() > max_request)
-    failUsage("too long for one exchange: " + operation,
-              "a line with its carriage return holds 64 bytes; this one is " + std::to_string(bytes.size()));
-  if (bytes.find('\0') != std::string::npos) failUsage("a byte 00 cannot be sent: " + operation);
+  checkRequest(bytes, operation);
   std::string reply = m_facade->noFormatedTransaction(bytes.c_str());
   if (reply.empty() || reply == "No connected") failNoAnswer(operation);
   return reply;

@@ -22,6 +22,9 @@ constexpr char online_prompt = '$';
 // "command", "boot loader" or "on-line".
 const char* modeOf(char prompt);
 
+// Fails with Exit::usage for what cannot go to the terminal in one exchange.
+void checkRequest(const std::string& bytes, const std::string& operation);
+
 struct Answer {
   std::string text = {};
   char prompt = command_prompt;

@@ -39,11 +39,16 @@ class Descriptor {
   int m_descriptor;
 };
 
-// Overwrites every text below: a parsed backup may hold keys.
-void wipeTexts(Json& json) {
-  if (json.is_string()) wipe(json.get_ref<std::string&>());
-  if (!json.is_structured()) return;
-  for (Json& element : json) wipeTexts(element);
+// Overwrites the keys in a document, if there are any.
+void wipeKeys(Json& json) {
+  auto* const document = json.get_ptr<Json::object_t*>();
+  if (document == nullptr) return;
+  for (auto& member : *document) {
+    auto* const keys = member.first == "keys" ? member.second.get_ptr<Json::object_t*>() : nullptr;
+    if (keys == nullptr) continue;
+    for (auto& key : *keys)
+      if (auto* const text = key.second.get_ptr<std::string*>()) wipe(*text);
+  }
 }
 
 class WipedJson {
@@ -53,7 +58,7 @@ class WipedJson {
   WipedJson(WipedJson&&) = delete;
   WipedJson& operator=(const WipedJson&) = delete;
   WipedJson& operator=(WipedJson&&) = delete;
-  ~WipedJson() { wipeTexts(m_json); }
+  ~WipedJson() { wipeKeys(m_json); }
   Json& get() { return m_json; }
 
  private:

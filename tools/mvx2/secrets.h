@@ -24,7 +24,10 @@ class Secret {
 
   const std::string& text() const { return m_text; }
   // As many asterisks as the text has characters.
-  std::string masked() const { return std::string(m_text.size(), '*'); }
+  std::string masked() const {
+    std::string mask(m_text.size(), '*');
+    return mask;
+  }
 
  private:
   std::string m_text;

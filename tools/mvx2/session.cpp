@@ -118,6 +118,7 @@ Secret Session::exchangeSecret(const Secret& line) {
   const char* const buffer = m_facade->noFormatedTransaction(sent.text().c_str());
   const Secret reply{std::string(buffer)};
   // The library keeps its reply until the next one; it lies in a buffer that is not constant.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): see above
   explicit_bzero(const_cast<char*>(buffer), std::strlen(buffer));
   if (promptIn(reply.text()) == 0) failNoAnswer(operation);
   return Secret(answerIn(reply.text()));
@@ -139,7 +140,7 @@ Reading Session::read(const Value& value) {
 
 std::string Session::write(const Value& value, std::int64_t number) {
   const std::string sent = wireText(value, number);
-  const std::string answer = exchange(std::string(value.name) + ' ' + sent).text;
+  std::string answer = exchange(std::string(value.name) + ' ' + sent).text;
   // The terminal answers a write with a number, in decimal or as it prints the value.
   if (!parseDecimal(trimmed(answer)) && !parseReading(value, answer)) failRefused(value.name, answer);
   const Reading kept = read(value);

@@ -18,12 +18,12 @@ using mvx2test::scratch;
 using mvx2test::sim;
 using mvx2test::writeFile;
 
-const std::string file = scratch("terminal.json");
+std::string file() { return scratch("terminal.json"); }
 
-nlohmann::json backup() { return nlohmann::json::parse(readFile(file)); }
+nlohmann::json backup() { return nlohmann::json::parse(readFile(file())); }
 
 TEST(Backup, HoldsEveryWritableValue) {
-  EXPECT_EQ(mvx2("backup " + file).out, "18 settings and no keys are in " + file + "\n");
+  EXPECT_EQ(mvx2("backup " + file()).out, "18 settings and no keys are in " + file() + "\n");
   nlohmann::json writable = nlohmann::json::object();
   const nlohmann::json read = mvx2("get --all --json").json()["values"];
   const nlohmann::json listed = mvx2("values --json").json()["values"];
@@ -34,34 +34,34 @@ TEST(Backup, HoldsEveryWritableValue) {
 }
 
 TEST(Backup, IsWhatItsSchemaSays) {
-  mvx2("backup --keys " + file);
-  EXPECT_EQ(mvx2test::backupComplaint(file), "");
+  mvx2("backup --keys " + file());
+  EXPECT_EQ(mvx2test::backupComplaint(file()), "");
 }
 
 TEST(Backup, SaysInJsonWhatItHolds) {
-  const Outcome run = mvx2("backup --json --keys " + file);
+  const Outcome run = mvx2("backup --json --keys " + file());
   EXPECT_EQ(mvx2test::schemaComplaint(run.out), "");
   EXPECT_EQ(run.json()["settings"], 18);
   EXPECT_EQ(run.json()["keys"], 4);
 }
 
 TEST(Backup, LeavesKeysOut) {
-  mvx2("backup " + file);
+  mvx2("backup " + file());
   EXPECT_FALSE(backup().contains("keys"));
 }
 
 TEST(Backup, HoldsTheKeysWhenAskedAndIsThenReadByItsOwnerAlone) {
-  mvx2("backup --keys " + file);
+  mvx2("backup --keys " + file());
   EXPECT_EQ(backup()["keys"]["madkey"], "A0A1A2A3A4A5");
   struct stat entry {};
-  ASSERT_EQ(stat(file.c_str(), &entry), 0);
+  ASSERT_EQ(stat(file().c_str(), &entry), 0);
   EXPECT_EQ(entry.st_mode & 0777U, 0600U);
 }
 
 TEST(Backup, HasTheUsualModeWithoutKeys) {
-  mvx2test::shell("umask 027; $MVX2 backup " + file);
+  mvx2test::shell("umask 027; $MVX2 backup " + file());
   struct stat entry {};
-  ASSERT_EQ(stat(file.c_str(), &entry), 0);
+  ASSERT_EQ(stat(file().c_str(), &entry), 0);
   EXPECT_EQ(entry.st_mode & 0777U, 0640U);
 }
 
@@ -85,11 +85,11 @@ TEST(Backup, ThatCannotTakeItsPlaceLeavesNothingBehind) {
 }
 
 TEST(Backup, FailsInADirectoryThatIsNone) {
-  writeFile(file, "");
-  const Outcome run = mvx2("backup --json " + file + "/new.json");
+  writeFile(file(), "");
+  const Outcome run = mvx2("backup --json " + file() + "/new.json");
   EXPECT_EQ(run.exit, 7);
   EXPECT_EQ(mvx2test::schemaComplaint(run.err), "");
-  EXPECT_EQ(run.error()["message"], "cannot write " + file + "/new.json: Not a directory");
+  EXPECT_EQ(run.error()["message"], "cannot write " + file() + "/new.json: Not a directory");
 }
 
 TEST(Backup, FailsWhereNobodyMayWrite) { EXPECT_EQ(mvx2("backup /proc/new.json").exit, 7); }
@@ -107,9 +107,9 @@ std::ostream& operator<<(std::ostream& stream, const WrongFile& wrong) { return 
 class Wrong : public testing::TestWithParam<WrongFile> {};
 
 TEST_P(Wrong, IsToldAndNothingIsSent) {
-  writeFile(file, GetParam().content);
+  writeFile(file(), GetParam().content);
   for (const char* const command : {"diff ", "restore "}) {
-    const Outcome run = mvx2(command + file);
+    const Outcome run = mvx2(command + file());
     EXPECT_EQ(run.exit, 7);
     EXPECT_EQ(run.out, "");
     EXPECT_TRUE(holds(run.err, GetParam().complaint)) << run.err;
@@ -154,27 +154,27 @@ TEST(DirectoryAsFile, IsTold) { EXPECT_EQ(mvx2("restore /").err, "mvx2: cannot r
 // ---- diff
 
 TEST(Diff, FindsNoneInAFreshBackup) {
-  mvx2("backup --keys " + file);
-  const Outcome run = mvx2("diff " + file);
+  mvx2("backup --keys " + file());
+  const Outcome run = mvx2("diff " + file());
   EXPECT_EQ(run.exit, 0);
   EXPECT_EQ(run.out, "no difference\n");
-  EXPECT_EQ(mvx2("diff --json " + file).json()["same"], true);
+  EXPECT_EQ(mvx2("diff --json " + file()).json()["same"], true);
 }
 
 TEST(Diff, ShowsWhatDiffers) {
-  mvx2("backup " + file);
+  mvx2("backup " + file());
   mvx2("set account 99");
   mvx2("set issuer 0xBEEF");
-  EXPECT_EQ(mvx2("diff " + file).out,
+  EXPECT_EQ(mvx2("diff " + file()).out,
             "NAME     TERMINAL  BACKUP\n"
             "account  99        4711\n"
             "issuer   0xBEEF    0x1234\n");
 }
 
 TEST(Diff, ShowsWhatDiffersInJson) {
-  mvx2("backup " + file);
+  mvx2("backup " + file());
   mvx2("set addval 1");
-  const Outcome run = mvx2("diff --json " + file);
+  const Outcome run = mvx2("diff --json " + file());
   EXPECT_EQ(run.exit, 0);
   EXPECT_EQ(mvx2test::schemaComplaint(run.out), "");
   EXPECT_EQ(run.json()["same"], false);
@@ -183,23 +183,23 @@ TEST(Diff, ShowsWhatDiffersInJson) {
 }
 
 TEST(Diff, ShowsThatAKeyDiffersAndNeitherKey) {
-  mvx2("backup --keys " + file);
+  mvx2("backup --keys " + file());
   sim("set madkey 112233445566");
-  const Outcome run = mvx2("diff " + file);
+  const Outcome run = mvx2("diff " + file());
   EXPECT_EQ(run.out,
             "NAME    TERMINAL      BACKUP\n"
             "madkey  ************  ************ (differs)\n");
 }
 
 TEST(Diff, IgnoresTheCaseOfAKey) {
-  mvx2("backup --keys " + file);
+  mvx2("backup --keys " + file());
   sim("set madkey a0a1a2a3a4a5");
-  EXPECT_EQ(mvx2("diff " + file).out, "no difference\n");
+  EXPECT_EQ(mvx2("diff " + file()).out, "no difference\n");
 }
 
 TEST(Diff, LooksOnlyAtWhatTheFileHolds) {
-  writeFile(file, R"({"format":"mvx2-backup","schema":1,"settings":{"pts":11}})");
-  EXPECT_EQ(mvx2("diff " + file).out, "NAME  TERMINAL  BACKUP\npts   10        11\n");
+  writeFile(file(), R"({"format":"mvx2-backup","schema":1,"settings":{"pts":11}})");
+  EXPECT_EQ(mvx2("diff " + file()).out, "NAME  TERMINAL  BACKUP\npts   10        11\n");
 }
 
 }  // namespace

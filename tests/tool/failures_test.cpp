@@ -221,9 +221,10 @@ INSTANTIATE_TEST_SUITE_P(
                     "set pincode 0x10000", "set pincode 12x", "set pincode ''", "set value 2147483648",
                     "set addval 2", "set nothing 1", "purse set x", "purse set -1", "beep 2147483648",
                     "apdu 0", "apdu XY", "apdu ''", "explain nonsense", "explain 12345",
-                    "--reader mvx2 status", "--attempts 0 status", "watch --interval 0", "watch nothing",
-                    "key get nokey", "key set nokey", "completion fish", "send --raw 'a\\q'", "sam unlock",
-                    "backup", "send 0123456789012345678901234567890123456789012345678901234567890123456789",
+                    "--reader mvx2 status", "--attempts 0 status", "watch --interval 0",
+                    "watch --interval nan", "watch nothing", "key get nokey", "key set nokey",
+                    "completion fish", "send --raw 'a\\q'", "sam unlock", "backup",
+                    "send 0123456789012345678901234567890123456789012345678901234567890123456789",
                     "apdu 00112233445566778899AABBCCDDEEFF00112233445566778899AABBCCDDEEFF"
                     "00112233445566778899AABBCCDDEEFF00112233445566778899AABBCCDDEEFF00"));
 

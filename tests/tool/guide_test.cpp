@@ -1,4 +1,4 @@
-// The guide shows what the tool prints: its console blocks are run in order on one simulator and compared.
+// The pages show what the tool prints: their console blocks are run in order on one simulator and compared.
 #include "run_tool.h"
 
 #include <gtest/gtest.h>
@@ -13,16 +13,24 @@ struct Step {
   std::string output;
 };
 
-std::vector<Step> steps() {
-  std::istringstream guide(mvx2test::readFile(MVX2_GUIDE));
+// Every line behind a "$ " in the console blocks that begin with a run of mvx2.
+std::vector<Step> steps(const std::string& page) {
+  std::istringstream text(mvx2test::readFile(page));
   std::vector<Step> found;
-  bool inConsole = false;
-  for (std::string line; std::getline(guide, line);) {
+  bool begins = false;
+  bool isOurs = false;
+  for (std::string line; std::getline(text, line);) {
     if (line.rfind("```", 0) == 0) {
-      inConsole = line == "```console";
-    } else if (inConsole && line.rfind("$ ", 0) == 0) {
+      begins = line == "```console";
+      isOurs = false;
+      continue;
+    }
+    if (begins) isOurs = line.rfind("$ mvx2", 0) == 0;
+    begins = false;
+    if (!isOurs) continue;
+    if (line.rfind("$ ", 0) == 0) {
       found.push_back({line.substr(2), ""});
-    } else if (inConsole && !found.empty()) {
+    } else {
       found.back().output += line + '\n';
     }
   }
@@ -35,11 +43,17 @@ std::string functions() {
          "\nmvx2() { $MVX2 \"$@\"; }\nmvx2_sim() { " MVX2_SIM_COMMAND " \"$@\"; }\nalias mvx2-sim=mvx2_sim\n";
 }
 
-TEST(Guide, ShowsWhatTheToolPrints) {
-  const std::vector<Step> all = steps();
-  ASSERT_GT(all.size(), 10U);
+void expectThatTheToolPrintsIt(const std::vector<Step>& all) {
   for (const Step& step : all)
     EXPECT_EQ(mvx2test::shell(functions() + step.command + " 2>&1").out, step.output) << step.command;
 }
+
+TEST(Guide, ShowsWhatTheToolPrints) {
+  const std::vector<Step> all = steps(MVX2_TOP_DIR "/docs/mvx2.md");
+  ASSERT_GT(all.size(), 10U);
+  expectThatTheToolPrintsIt(all);
+}
+
+TEST(Readme, ShowsWhatTheToolPrints) { expectThatTheToolPrintsIt(steps(MVX2_TOP_DIR "/README.md")); }
 
 }  // namespace

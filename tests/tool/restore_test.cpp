@@ -16,13 +16,13 @@ using mvx2test::readFile;
 using mvx2test::scratch;
 using mvx2test::sim;
 
-const std::string file = scratch("terminal.json");
+std::string file() { return scratch("terminal.json"); }
 
 // A backup, and a terminal that has changed since.
 class Restore : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(mvx2("backup --keys " + file).exit, 0);
+    ASSERT_EQ(mvx2("backup --keys " + file()).exit, 0);
     for (const char* const change :
          {"set account 99", "set pts 200", "set issuer 0x0001", "set madkey 112233445566"})
       sim(change);
@@ -30,7 +30,7 @@ class Restore : public testing::Test {
 };
 
 TEST_F(Restore, BringsBackWhatDiffersAndNothingElse) {
-  const Outcome run = mvx2("restore " + file);
+  const Outcome run = mvx2("restore " + file());
   EXPECT_EQ(run.exit, 0);
   EXPECT_EQ(run.out,
             "NAME     TERMINAL      BACKUP                  RESULT\n"
@@ -43,13 +43,13 @@ TEST_F(Restore, BringsBackWhatDiffersAndNothingElse) {
 }
 
 TEST_F(Restore, LeavesNoDifference) {
-  mvx2("restore " + file);
-  EXPECT_EQ(mvx2("diff " + file).out, "no difference\n");
-  EXPECT_EQ(mvx2("restore " + file).out, "no difference\n");
+  mvx2("restore " + file());
+  EXPECT_EQ(mvx2("diff " + file()).out, "no difference\n");
+  EXPECT_EQ(mvx2("restore " + file()).out, "no difference\n");
 }
 
 TEST_F(Restore, SaysInJsonWhatItDid) {
-  const Outcome run = mvx2("restore --json " + file);
+  const Outcome run = mvx2("restore --json " + file());
   EXPECT_EQ(mvx2test::schemaComplaint(run.out), "");
   EXPECT_EQ(run.json()["restored"], 4);
   EXPECT_EQ(run.json()["left"], 0);
@@ -58,28 +58,28 @@ TEST_F(Restore, SaysInJsonWhatItDid) {
 }
 
 TEST_F(Restore, OnlyPlansInADryRun) {
-  const Outcome run = mvx2("restore --dry-run " + file);
+  const Outcome run = mvx2("restore --dry-run " + file());
   EXPECT_EQ(run.exit, 0);
   EXPECT_TRUE(holds(run.out, "account  99            4711                    planned\n")) << run.out;
   EXPECT_EQ(sim("get account"), "99");
 }
 
 TEST_F(Restore, SaysInJsonThatItOnlyPlans) {
-  const Outcome run = mvx2("restore --dry-run --json " + file);
+  const Outcome run = mvx2("restore --dry-run --json " + file());
   EXPECT_EQ(mvx2test::schemaComplaint(run.out), "");
   EXPECT_EQ(run.json()["dry_run"], true);
   EXPECT_EQ(run.json()["changes"][0]["result"], "planned");
 }
 
 TEST_F(Restore, LeavesTheFileAsItIs) {
-  const std::string before = readFile(file);
-  mvx2("restore " + file);
-  EXPECT_EQ(readFile(file), before);
+  const std::string before = readFile(file());
+  mvx2("restore " + file());
+  EXPECT_EQ(readFile(file()), before);
 }
 
 TEST_F(Restore, ReportsWhatTheTerminalRefusedAndGoesOn) {
-  mvx2test::writeFile(file, R"({"format":"mvx2-backup","schema":1,"settings":{"pincode":10000,"pts":10}})");
-  const Outcome run = mvx2("restore " + file);
+  mvx2test::writeFile(file(), R"({"format":"mvx2-backup","schema":1,"settings":{"pincode":10000,"pts":10}})");
+  const Outcome run = mvx2("restore " + file());
   EXPECT_EQ(run.exit, 5);
   EXPECT_EQ(run.out,
             "NAME     TERMINAL  BACKUP  RESULT\n"
@@ -89,16 +89,16 @@ TEST_F(Restore, ReportsWhatTheTerminalRefusedAndGoesOn) {
 }
 
 TEST_F(Restore, ReportsARefusalInJson) {
-  mvx2test::writeFile(file, R"({"format":"mvx2-backup","schema":1,"settings":{"pincode":10000}})");
-  const Outcome run = mvx2("restore --json " + file);
+  mvx2test::writeFile(file(), R"({"format":"mvx2-backup","schema":1,"settings":{"pincode":10000}})");
+  const Outcome run = mvx2("restore --json " + file());
   EXPECT_EQ(mvx2test::schemaComplaint(run.out + run.err), "");
   EXPECT_EQ(run.json()["refused"], 1);
   EXPECT_EQ(run.json()["changes"][0]["reply"], "ERR value");
 }
 
 TEST_F(Restore, WritesThePurseBeforeTheValueInItWhateverTheFilesOrder) {
-  mvx2test::writeFile(file, R"({"format":"mvx2-backup","schema":1,"settings":{"value":1,"purse":2}})");
-  const nlohmann::json changes = mvx2("restore --json " + file).json()["changes"];
+  mvx2test::writeFile(file(), R"({"format":"mvx2-backup","schema":1,"settings":{"value":1,"purse":2}})");
+  const nlohmann::json changes = mvx2("restore --json " + file()).json()["changes"];
   EXPECT_EQ(changes[0]["name"], "purse");
   EXPECT_EQ(changes[1]["name"], "value");
 }
@@ -117,13 +117,13 @@ class CutShort : public Restore {
   }
   static void expectThatASecondOneCompletes() {
     sim("fault clear");
-    EXPECT_EQ(mvx2("restore " + file).exit, 0);
-    EXPECT_EQ(mvx2("diff " + file).out, "no difference\n");
+    EXPECT_EQ(mvx2("restore " + file()).exit, 0);
+    EXPECT_EQ(mvx2("diff " + file()).out, "no difference\n");
   }
 };
 
 TEST_F(CutShort, SaysHowFarItCameWhenInterrupted) {
-  Background run("restore " + file);
+  Background run("restore " + file());
   awaitFirstChange();
   run.send(SIGINT);
   EXPECT_EQ(run.await(), 8);
@@ -136,7 +136,7 @@ TEST_F(CutShort, SaysHowFarItCameWhenInterrupted) {
 }
 
 TEST_F(CutShort, SaysHowFarItCameInJson) {
-  Background run("restore --json " + file);
+  Background run("restore --json " + file());
   awaitFirstChange();
   run.send(SIGTERM);
   EXPECT_EQ(run.await(), 8);
@@ -146,7 +146,7 @@ TEST_F(CutShort, SaysHowFarItCameInJson) {
 }
 
 TEST_F(CutShort, SaysHowFarItCameWhenTheTerminalFallsSilent) {
-  Background run("restore " + file);
+  Background run("restore " + file());
   awaitFirstChange();
   sim("reader out");
   EXPECT_EQ(run.await(), 3);
@@ -160,13 +160,13 @@ TEST_F(CutShort, SaysHowFarItCameWhenTheTerminalFallsSilent) {
 class Killed : public CutShort, public testing::WithParamInterface<int> {};
 
 TEST_P(Killed, LeavesFileAndTerminalToASecondRestore) {
-  const std::string before = readFile(file);
+  const std::string before = readFile(file());
   const int start = std::stoi(sim("get transmits"));
-  Background run("restore " + file);
+  Background run("restore " + file());
   mvx2test::await([start] { return std::stoi(sim("get transmits")) >= start + GetParam(); });
   run.send(SIGKILL);
   EXPECT_EQ(run.await(), 128 + SIGKILL);
-  EXPECT_EQ(readFile(file), before);
+  EXPECT_EQ(readFile(file()), before);
   expectThatASecondOneCompletes();
 }
 

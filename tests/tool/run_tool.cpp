@@ -1,6 +1,6 @@
 #include "run_tool.h"
 
-#include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 namespace mvx2test {
 
@@ -82,11 +83,11 @@ Background::Background(const std::string& arguments) : m_directory(scratch("back
   fs::create_directories(m_directory);
   const std::string line =
       "exec " MVX2_TOOL " " + arguments + " >" + m_directory + "/out 2>" + m_directory + "/err";
-  m_process = fork();
-  if (m_process == 0) {
-    execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
-    _exit(127);
-  }
+  // fork() does not work in every emulator.
+  std::string words[] = {"sh", "-c", line};
+  char* const argv[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+  if (posix_spawn(&m_process, "/bin/sh", nullptr, nullptr, argv, environ) != 0)
+    throw std::runtime_error("mvx2 cannot be started");
 }
 
 Background::~Background() {

@@ -59,7 +59,7 @@ class Background {
   bool hasEnded();
 
   std::string m_directory;
-  pid_t m_process;
+  pid_t m_process = 0;
   int m_status = -1;
 };
 

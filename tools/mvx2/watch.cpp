@@ -4,6 +4,7 @@
 #include "text.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <map>
@@ -105,6 +106,8 @@ void watch(const Tool& tool, const Arguments& arguments) {
   std::vector<Value> values;
   for (const std::string& name : arguments.names) values.push_back(findValue(name));
   if (values.empty()) values = allValues();
+  // A range check lets through what is no number.
+  if (!std::isfinite(arguments.interval)) failUsage("the interval is no number");
   const auto interval = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.interval * 1000));
 
   Watcher watcher(tool, std::move(values));

@@ -35,7 +35,9 @@ extern "C" {
  * @param type the key size
  * @param key  4 * Nk bytes
  * @param w    receives 4 * (Nr + 1) words: 44, 52 or 60
- * @param Nk   the key's length in words, as the type says: 4, 6 or 8. With any other nothing is written.
+ * @param Nk   the key's length in words, as a rule the type's. The type alone says how many words are made:
+ * with another key length it is that many of the longer key's schedule, or with more round constants than the
+ * standard has (then zero). With 0 nothing is written.
  */
 MVX2_API void aes_KeyExpansion(unsigned int type, const unsigned char* key, uint32_t* w, unsigned int Nk);
 

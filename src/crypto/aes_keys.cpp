@@ -86,10 +86,27 @@ void expand256(const unsigned char* key, uint32_t* w) {
   }
 }
 
+// Any other key length: as the standard writes it, so many words.
+void expandAny(const unsigned char* key, uint32_t* w, unsigned int Nk, unsigned int words) {
+  for (unsigned int i = 0; i < words; ++i) {
+    if (i < Nk) {
+      w[i] = loadWord(key + std::size_t{4} * i);
+      continue;
+    }
+    uint32_t word = w[i - 1];
+    const unsigned int group = i / Nk;
+    // A short key in a long schedule needs more round constants than there are: the rest count as zero.
+    if (i % Nk == 0) word = groupStart(word, group <= Rcon.size() ? Rcon[group - 1] : std::uint8_t{0});
+    if (Nk >= 7 && i % Nk == 4) word = substituted(word);
+    w[i] = w[i - Nk] ^ word;
+  }
+}
+
 }  // namespace
 
 void aes_KeyExpansion(unsigned int type, const unsigned char* key, uint32_t* w, unsigned int Nk) {
-  if (type >= AES_KBR.size() || Nk != AES_KBR[type].Nk) return;
+  if (type >= AES_KBR.size() || Nk == 0) return;
+  if (Nk != AES_KBR[type].Nk) return expandAny(key, w, Nk, 4U * (AES_KBR[type].Nr + 1U));
   if (Nk == 4) return expand128(key, w);
   if (Nk == 6) return expand192(key, w);
   expand256(key, w);

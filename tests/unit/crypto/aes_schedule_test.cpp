@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+
 #include "unit/crypto/crypto_support.h"
 
 using mvx2::test::AesBlock;
@@ -74,15 +77,43 @@ TEST(AesKeyExpansion, WritesTheScheduleAndNothingAfterIt) {
   }
 }
 
-TEST(AesKeyExpansion, WritesNothingForATypeOrAKeyLengthThatAesDoesNotHave) {
+TEST(AesKeyExpansion, WritesNothingForATypeThatAesDoesNotHaveOrAnEmptyKey) {
   const Bytes key(32, 0x42);
   std::array<uint32_t, 60> w;
   w.fill(untouched);
   const std::array<uint32_t, 60> before = w;
   aes_KeyExpansion(3, key.data(), w.data(), 4);
   aes_KeyExpansion(0, key.data(), w.data(), 0);
-  aes_KeyExpansion(2, key.data(), w.data(), 4);
   EXPECT_EQ(w, before);
+}
+
+TEST(AesKeyExpansion, MakesAsManyWordsAsTheTypeSaysOfAKeyOfAnotherLength) {
+  const unsigned int words[] = {44, 52, 60};
+  const unsigned int keyLengths[] = {4, 6, 8};
+  const Bytes key = RandomBytes(11).bytes(32);
+  for (unsigned int type = 0; type < 3; ++type) {
+    for (unsigned int of = 0; of < 3; ++of) {
+      std::array<uint32_t, 61> own;
+      std::array<uint32_t, 61> w;
+      w.fill(untouched);
+      aes_KeyExpansion(of, key.data(), own.data(), keyLengths[of]);
+      aes_KeyExpansion(type, key.data(), w.data(), keyLengths[of]);
+      const unsigned int shared = std::min(words[type], words[of]);
+      EXPECT_TRUE(std::equal(w.begin(), w.begin() + shared, own.begin()))
+          << type << " with Nk " << keyLengths[of];
+      EXPECT_NE(w[words[type] - 1], untouched);
+      EXPECT_EQ(w[words[type]], untouched);
+    }
+  }
+}
+
+TEST(AesKeyExpansion, TakesFromAKeyThatIsLongerThanTheScheduleWhatFits) {
+  const Bytes key = RandomBytes(12).bytes(std::size_t{4} * 44);
+  std::array<uint32_t, 45> w;
+  w.fill(untouched);
+  aes_KeyExpansion(0, key.data(), w.data(), 1000);
+  EXPECT_EQ(w[43], aes_Word(key[172], key[173], key[174], key[175]));
+  EXPECT_EQ(w[44], untouched);
 }
 
 TEST(AesKeyInversion, MixesTheInnerRoundKeysAndKeepsTheOuterOnes) {

@@ -10,7 +10,7 @@ namespace {
 
 // What a command answers when it has done something: one decimal number.
 std::string exchangeForNumber(Session& session, const std::string& line, const std::string& operation) {
-  const std::string answer = trimmed(session.exchange(line).text);
+  std::string answer = trimmed(session.exchange(line).text);
   if (!parseDecimal(answer)) failRefused(operation, answer);
   return answer;
 }

@@ -29,6 +29,7 @@ std::vector<std::string> argumentsOf(const std::string& path) {
   return names;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): groups of commands are two levels deep
 void collect(const CLI::App& app, const std::string& path, Candidates& candidates) {
   std::vector<std::string>& words = candidates[path];
   words = argumentsOf(path);

@@ -62,7 +62,7 @@ void reboot(const Tool& tool) {
 
 void sendText(const Tool& tool, const Arguments& arguments) {
   const auto bytes = arguments.raw ? unescaped(arguments.value) : arguments.value;
-  if (!bytes) failUsage("not an escape of this text: use \\r \\n \\t \\\\ or \\xNN");
+  if (!bytes) failUsage(R"(not an escape of this text: use \r \n \t \\ or \xNN)");
   if (!arguments.raw && bytes->find('\r') != std::string::npos)
     failUsage("one line only: the carriage return is added", "send --raw takes the text as it is");
   checkRequest(arguments.raw ? *bytes : *bytes + '\r', "send");

@@ -204,7 +204,7 @@ void Grammar::addSending() {
                              [this] { sendText(m_tool, m_arguments); });
   send->add_option("TEXT", m_arguments.value, "The line, up to 63 bytes")->required();
   send->add_flag("--raw", m_arguments.raw,
-                 "Send it as it is, \\r \\n \\t \\\\ and \\xNN replaced, and show all that comes back");
+                 R"(Send it as it is, \r \n \t \\ and \xNN replaced, and show all that comes back)");
   add(&m_app, "apdu", "Send an APDU to the card and show its reply", "FFCA000000",
       [this] { sendApdu(m_tool, m_arguments.value); })
       ->add_option("HEX", m_arguments.value, "The APDU's bytes, up to 64")

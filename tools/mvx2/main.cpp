@@ -12,7 +12,12 @@
 
 namespace {
 
-using namespace mvx2tool;
+using mvx2tool::Exit;
+using mvx2tool::Failure;
+using mvx2tool::Grammar;
+using mvx2tool::Output;
+using mvx2tool::Problem;
+using mvx2tool::Tool;
 
 // The library logs into a file buffer of its own. When standard error is a file, both have to append: each
 // would else write over what the other wrote.
@@ -53,7 +58,7 @@ int run(Tool& tool, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  interrupt::exitAtOnce();
+  mvx2tool::interrupt::exitAtOnce();
   Tool tool;
   try {
     return run(tool, argc, argv);

@@ -14,7 +14,7 @@ namespace mvx2tool {
 namespace {
 
 // What was last seen of a value: a reading, or what the terminal said instead.
-struct Seen {
+struct Seen {  // NOLINT(bugprone-exception-escape): what a JSON value does inside
   Json value = nullptr;
   std::string text = {};
 };
@@ -28,7 +28,7 @@ std::string timeStamp() {
   std::tm parts{};
   gmtime_r(&now.tv_sec, &parts);
   std::array<char, 32> day{};
-  std::strftime(day.data(), day.size(), "%Y-%m-%dT%H:%M:%S", &parts);
+  static_cast<void>(std::strftime(day.data(), day.size(), "%Y-%m-%dT%H:%M:%S", &parts));
   const std::string milliseconds = std::to_string(1000 + now.tv_nsec / 1000000).substr(1);
   return std::string(day.data()) + '.' + milliseconds + 'Z';
 }

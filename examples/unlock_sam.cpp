@@ -9,7 +9,8 @@
 int main() {
   std::array<unsigned char, 16> key{};
   for (unsigned char& byte : key)
-    if (std::scanf("%2hhx", &byte) != 1) {
+    // Two digits always fit into a byte.
+    if (std::scanf("%2hhx", &byte) != 1) {  // NOLINT(cert-err34-c)
       std::cerr << "The key has 32 hexadecimal digits.\n";
       return 1;
     }

@@ -14,6 +14,7 @@ using mvx2tool::explainText;
 using mvx2tool::explainUnlock;
 using mvx2tool::Explanation;
 
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): nothing else turns a name into text
 #define STATUS(name) std::pair<LONG, const char*>(name, #name)
 
 // The numbers are those of pcsc-lite's own header.

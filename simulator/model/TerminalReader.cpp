@@ -20,7 +20,7 @@ const Bytes wrong_class = {0x6E, 0x00};
 
 class TerminalReader : public Reader {
  public:
-  // A contact-less card without historical bytes, as PC/SC part 3 has a reader show it: T=0, then T=1.
+  // A contact-less card without historical bytes, as a PC/SC reader shows it: T=0, then T=1.
   Bytes answerToReset() const override { return {0x3B, 0x80, 0x80, 0x01, 0x01}; }
 
  protected:

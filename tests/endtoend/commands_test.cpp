@@ -25,6 +25,8 @@ class Values : public testing::Test {
   MVX2Interfaces* facade = MVX2Interfaces::getInstance(1);
 };
 
+// They are called with std::invoke: in (facade->*getter)() GCC 12's sanitizers check a `this` that they have
+// worked out only for virtual functions.
 using TextGetter = const char* (MVX2Interfaces::*)();
 using TextSetter = const char* (MVX2Interfaces::*)(const char*);
 using Read = std::function<std::int64_t(MVX2Interfaces&)>;
@@ -86,7 +88,7 @@ TEST_F(Values, AreReadAsTheTerminalHoldsThem) {
     SCOPED_TRACE(value.word);
     sim("set " + value.word + " " + value.set);
     EXPECT_EQ(value.read(*facade), value.value);
-    EXPECT_STREQ((facade->*value.readText)(), value.shown.c_str());
+    EXPECT_STREQ(std::invoke(value.readText, *facade), value.shown.c_str());
   }
 }
 
@@ -136,7 +138,7 @@ TEST_F(Values, AreReadBackAsTheyWereWritten) {
 TEST_F(Values, AreReadBackAsTheyWereWrittenAsTexts) {
   for (const Writable& value : writables()) {
     SCOPED_TRACE(value.word);
-    EXPECT_STREQ((facade->*value.writeText)("1"), "1");
+    EXPECT_STREQ(std::invoke(value.writeText, *facade, "1"), "1");
     EXPECT_EQ(value.read(*facade), 1);
   }
 }
@@ -160,12 +162,12 @@ TEST_F(Values, OfKeysAreReadBackAsTheyWereWritten) {
   std::string key = "0123456789A0";
   for (const auto& [write, read] : keys) {
     ++key.back();
-    EXPECT_STREQ((facade->*write)(key.c_str()), key.c_str());
+    EXPECT_STREQ(std::invoke(write, *facade, key.c_str()), key.c_str());
   }
   key.back() = '0';
   for (const auto& [write, read] : keys) {
     ++key.back();
-    EXPECT_STREQ((facade->*read)(), key.c_str());
+    EXPECT_STREQ(std::invoke(read, *facade), key.c_str());
   }
 }
 
@@ -207,11 +209,11 @@ TEST_F(Values, OfCardActionsSayWhetherACardIsThere) {
   };
   for (const auto& [act, actText] : actions) {
     sim("set switch 1");
-    EXPECT_EQ((facade->*act)(), 1);
-    EXPECT_STREQ((facade->*actText)(), "1");
+    EXPECT_EQ(std::invoke(act, *facade), 1);
+    EXPECT_STREQ(std::invoke(actText, *facade), "1");
     sim("set switch 0");
-    EXPECT_EQ((facade->*act)(), 0) << "an error text has no digits";
-    EXPECT_STREQ((facade->*actText)(), "ERR card");
+    EXPECT_EQ(std::invoke(act, *facade), 0) << "an error text has no digits";
+    EXPECT_STREQ(std::invoke(actText, *facade), "ERR card");
   }
 }
 

@@ -2,10 +2,11 @@
 
 #include "support/simulator.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <winscard.h>
 
 #include <array>
 #include <filesystem>
@@ -111,24 +112,29 @@ TEST_F(Terminal, ReportsAFailedRawExchangeAsAPlainExceptionWhenAsked) {
   EXPECT_EQ(facade->channelIsReady(), 1);
 }
 
-// A second program that shares the reader: it connects at once, and transmits when it is told to.
+// Another program, connected to the same reader, that transmits when it is told to.
 class OtherProgram {
  public:
   OtherProgram() {
-    if (pipe(m_connected.data()) != 0 || pipe(m_go.data()) != 0) throw std::runtime_error("no pipe");
-    m_process = fork();
-    if (m_process == 0) _exit(work());
-    awaitByte(m_connected[0]);
+    std::array<int, 2> input{};
+    std::array<int, 2> output{};
+    if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0)
+      throw std::runtime_error("no pipe");
+    m_go = input[1];
+    start(input[0], output[1]);
+    close(input[0]);
+    close(output[1]);
+    char connected = 0;
+    EXPECT_EQ(read(output[0], &connected, 1), 1) << "the other program could not connect";
+    close(output[0]);
   }
   OtherProgram(const OtherProgram&) = delete;
   OtherProgram(OtherProgram&&) = delete;
   OtherProgram& operator=(const OtherProgram&) = delete;
   OtherProgram& operator=(OtherProgram&&) = delete;
-  ~OtherProgram() {
-    for (const int end : {m_connected[0], m_connected[1], m_go[0], m_go[1]}) close(end);
-  }
+  ~OtherProgram() { close(m_go); }
 
-  void transmit() const { sendByte(m_go[1]); }
+  void transmit() const { ASSERT_EQ(write(m_go, "x", 1), 1); }
 
   // Whether it is still waiting for its turn, however long one looks.
   bool waits() const {
@@ -143,55 +149,32 @@ class OtherProgram {
   }
 
  private:
-  static void sendByte(int end) {
-    if (write(end, "x", 1) != 1) _exit(2);
-  }
-  static void awaitByte(int end) {
-    char byte = 0;
-    if (read(end, &byte, 1) != 1) _exit(2);
-  }
-
-  int work() const {
-    SCARDCONTEXT context = 0;
-    SCARDHANDLE card = 0;
-    SCARD_IO_REQUEST pci = {0, sizeof pci};
-    LONG status = SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &context);
-    if (status == SCARD_S_SUCCESS)
-      status = SCardConnect(context, "KRV MVX3 Terminal 00 00", SCARD_SHARE_SHARED,
-                            SCARD_PROTOCOL_T0 | SCARD_PROTOCOL_T1, &card, &pci.dwProtocol);
-    sendByte(m_connected[1]);
-    awaitByte(m_go[0]);
-    const unsigned char command[] = {0xFF, 0x00, 0x00, 0x00, 0x01, '\r'};
-    unsigned char reply[69];
-    DWORD length = sizeof reply;
-    if (status == SCARD_S_SUCCESS)
-      status = SCardTransmit(card, &pci, command, sizeof command, nullptr, reply, &length);
-    return status == SCARD_S_SUCCESS ? 0 : 1;
+  // Through a shell, since the command holds the emulator too when there is one.
+  void start(int input, int output) {
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
+    std::string shell = "sh";
+    std::string option = "-c";
+    std::string command = "exec " MVX2_OTHER_PROGRAM;
+    const std::array<char*, 4> argv = {shell.data(), option.data(), command.data(), nullptr};
+    EXPECT_EQ(posix_spawn(&m_process, "/bin/sh", &files, nullptr, argv.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&files);
   }
 
-  std::array<int, 2> m_connected{};
-  std::array<int, 2> m_go{};
+  int m_go = -1;
   pid_t m_process = -1;
 };
 
-class SharedTerminal : public Terminal {
- protected:
-  void SetUp() override {
-#ifdef MVX2_EMULATED
-    GTEST_SKIP() << "a process that is forked crashes in the emulator";
-#endif
-    Terminal::SetUp();
-  }
-};
-
-TEST_F(SharedTerminal, IsOpenToOtherProgramsAfterASuccessfulExchange) {
+TEST_F(Terminal, IsOpenToOtherProgramsAfterASuccessfulExchange) {
   const OtherProgram other;
   facade->getCredit();
   other.transmit();
   EXPECT_TRUE(other.hasTransmitted());
 }
 
-TEST_F(SharedTerminal, KeepsOtherProgramsWaitingAfterAFailedTextExchangeUntilDisconnected) {
+TEST_F(Terminal, KeepsOtherProgramsWaitingAfterAFailedTextExchangeUntilDisconnected) {
   const OtherProgram other;
   sim("fault transmit 1");
   facade->getCredit();

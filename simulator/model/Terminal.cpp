@@ -112,10 +112,13 @@ Terminal::Lines Terminal::executeInBootLoader(const std::string& word) {
 
 Terminal::Lines Terminal::value(const std::string& word, const Argument& argument) {
   if (!argument) return {m_values.print(word)};
-  if (!m_values.write(word, *argument, TerminalValues::Access::line)) return {bad_value};
+  TerminalValues written = m_values;
+  if (!written.write(word, *argument, TerminalValues::Access::line)) return {bad_value};
   // A written number is answered in decimal whatever base it is read in.
   const auto number = parseNumber(*argument);
-  return {number && !m_values.isKey(word) ? std::to_string(*number) : m_values.print(word)};
+  const std::string said = number && !written.isKey(word) ? std::to_string(*number) : written.print(word);
+  if (!m_isFrozen) m_values = std::move(written);
+  return {said};
 }
 
 Terminal::Lines Terminal::version(const Argument& /*argument*/) { return {"MVX3 SIM V1.0"}; }
@@ -201,6 +204,7 @@ std::optional<std::string> Terminal::get(const std::string& name) const {
   if (name == "listgrp") return join(m_groups.print());
   if (name == "beeps") return std::to_string(m_beeps);
   if (name == "bootlines") return std::to_string(m_bootLines);
+  if (name == "frozen") return std::to_string(static_cast<int>(m_isFrozen));
   if (name != "state") return std::nullopt;
   const char sign = prompt();
   return sign == '>' ? "command" : sign == '#' ? "boot" : "online";
@@ -230,6 +234,8 @@ bool Terminal::set(const std::string& name, const std::string& value) {
     m_beeps = *number;
   } else if (name == "bootlines") {
     m_bootLines = static_cast<int>(std::min<std::int64_t>(*number, 1000000));
+  } else if (name == "frozen" && *number <= 1) {
+    m_isFrozen = *number == 1;
   } else {
     return false;
   }

@@ -36,7 +36,8 @@ class Terminal {
 
   // Behind the terminal's back: every word that holds a value, "listpurses" and "listgrp" (numbers with
   // blanks between them), "state" ("command", "boot", "online"), "bootlines" (lines that the boot loader will
-  // still answer) and "beeps" (how often it has beeped). set() may write what a command line may only read.
+  // still answer), "beeps" (how often it has beeped) and "frozen" (1: it answers the writing of a value as
+  // ever, and keeps the old one). set() may write what a command line may only read.
   std::optional<std::string> get(const std::string& name) const;
   bool set(const std::string& name, const std::string& value);
 
@@ -75,6 +76,7 @@ class Terminal {
   State m_state = State::command;
   int m_bootLines = 0;
   long m_beeps = 0;
+  bool m_isFrozen = false;
   std::string m_typed;  // a line that still waits for its carriage return
 };
 

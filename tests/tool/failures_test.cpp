@@ -150,6 +150,23 @@ TEST_P(Refused, ShowsTheTerminalsOwnTextInJson) {
   EXPECT_EQ(run.error()["reply"], GetParam().reply);
 }
 
+TEST(Frozen, IsNoSuccessWhenAValueIsSet) {
+  sim("set frozen 1");
+  const Outcome run = mvx2("set pts 200");
+  EXPECT_EQ(run.exit, 5);
+  EXPECT_EQ(run.out, "");
+  EXPECT_TRUE(holds(run.err, "mvx2: the terminal did not keep pts: it answered \"200\" and holds 10\n"))
+      << run.err;
+}
+
+TEST(Frozen, IsNoSuccessWhenAKeyIsSet) {
+  sim("set frozen 1");
+  const Outcome run = mvx2("key set madkey", "112233445566\n");
+  EXPECT_EQ(run.exit, 5);
+  EXPECT_EQ(run.out, "");
+  EXPECT_TRUE(holds(run.err, "mvx2: the terminal did not keep madkey\n")) << run.err;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Each, Refused,
     testing::Values(Refusal{"ValueOutOfItsRange", "get state", "set pincode 10000", "ERR value"},

@@ -96,6 +96,29 @@ TEST_F(Restore, ReportsARefusalInJson) {
   EXPECT_EQ(run.json()["changes"][0]["reply"], "ERR value");
 }
 
+TEST_F(Restore, ReportsWhatTheTerminalAcceptedAndDidNotKeep) {
+  mvx2test::writeFile(
+      file(),
+      R"({"format":"mvx2-backup","schema":1,"settings":{"pincode":10000,"pts":10},"keys":{"madkey":"A0A1A2A3A4A5"}})");
+  sim("set frozen 1");
+  const Outcome run = mvx2("restore " + file());
+  EXPECT_EQ(run.exit, 5);
+  EXPECT_EQ(run.out,
+            "NAME     TERMINAL      BACKUP                  RESULT\n"
+            "pincode  1234          10000                   refused: \"ERR value\"\n"
+            "pts      200           10                      not kept\n"
+            "madkey   ************  ************ (differs)  not kept\n");
+  EXPECT_TRUE(holds(run.err, "mvx2: the terminal refused pincode and did not keep pts, madkey\n")) << run.err;
+}
+
+TEST_F(Restore, ReportsInJsonWhatTheTerminalDidNotKeep) {
+  sim("set frozen 1");
+  const Outcome run = mvx2("restore --json " + file());
+  EXPECT_EQ(mvx2test::schemaComplaint(run.out + run.err), "");
+  EXPECT_EQ(run.json()["not_kept"], 4);
+  EXPECT_EQ(run.json()["changes"][0]["result"], "not kept");
+}
+
 TEST_F(Restore, WritesThePurseBeforeTheValueInItWhateverTheFilesOrder) {
   mvx2test::writeFile(file(), R"({"format":"mvx2-backup","schema":1,"settings":{"value":1,"purse":2}})");
   const nlohmann::json changes = mvx2("restore --json " + file()).json()["changes"];

@@ -19,8 +19,8 @@ struct Change {
   std::string shownTo;
   const std::pair<Value, std::int64_t>* setting = nullptr;  // one of the two, in the backup
   const Secret* key = nullptr;
-  std::string result = {};  // "restored", "refused", "left" or "planned"
-  std::string reply = {};   // what the terminal said when it refused
+  std::string result = {};                // "restored", "refused", "not kept", "left" or "planned"
+  std::optional<std::string> reply = {};  // what the terminal said when it refused
 };
 
 Change changeOf(const std::pair<Value, std::int64_t>& wanted, const Reading& held) {
@@ -51,14 +51,14 @@ std::vector<Change> differences(Session& session, const Backup& backup) {
 Json toJson(const Change& change) {
   Json json = {{"name", change.name}, {"from", change.from}, {"to", change.to}};
   if (!change.result.empty()) json["result"] = change.result;
-  if (!change.reply.empty()) json["reply"] = printable(change.reply);
+  if (change.reply) json["reply"] = printable(*change.reply);
   return json;
 }
 
 Cell resultCell(const Change& change) {
   if (change.result == "restored") return {change.result, Colour::good};
-  if (change.result != "refused") return {change.result, Colour::warning};
-  return {"refused: \"" + printable(change.reply) + '"', Colour::bad};
+  if (change.reply) return {change.result + ": \"" + printable(*change.reply) + '"', Colour::bad};
+  return {change.result, change.result == "not kept" ? Colour::bad : Colour::warning};
 }
 
 std::size_t count(const std::vector<Change>& changes, const char* result) {
@@ -78,6 +78,7 @@ void show(const Tool& tool, const std::vector<Change>& changes, bool dryRun) {
                        {"changes", list},
                        {"restored", count(changes, "restored")},
                        {"refused", count(changes, "refused")},
+                       {"not_kept", count(changes, "not kept")},
                        {"left", count(changes, "left")}};
   if (!changes.empty()) return tool.output.show(fields, table);
   tool.output.show(fields, tool.output.quiet ? "" : "no difference\n");
@@ -94,8 +95,8 @@ void apply(Session& session, Change& change) {
     change.result = "restored";
   } catch (const Failure& failure) {
     if (failure.problem().exit != Exit::refused) throw;
-    change.result = "refused";
-    change.reply = failure.problem().reply.value_or("");
+    change.reply = failure.problem().reply;
+    change.result = change.reply ? "refused" : "not kept";
   }
 }
 
@@ -134,15 +135,24 @@ void applyAll(const Tool& tool, Session& session, std::vector<Change>& changes) 
   }
 }
 
-void failOnRefusals(const std::vector<Change>& changes) {
+std::string namesWith(const std::vector<Change>& changes, const char* result) {
   std::vector<std::string> names;
   for (const Change& change : changes)
-    if (change.result == "refused") names.push_back(change.name);
-  if (names.empty()) return;
+    if (change.result == result) names.push_back(change.name);
+  return join(names, ", ");
+}
+
+void failOnRefusals(const std::vector<Change>& changes) {
+  const std::string refused = namesWith(changes, "refused");
+  const std::string notKept = namesWith(changes, "not kept");
+  if (refused.empty() && notKept.empty()) return;
   Problem problem;
   problem.exit = Exit::refused;
   problem.operation = "restore";
-  problem.message = "the terminal refused " + join(names, ", ");
+  problem.message = "the terminal ";
+  if (!refused.empty()) problem.message += "refused " + refused;
+  if (!refused.empty() && !notKept.empty()) problem.message += " and ";
+  if (!notKept.empty()) problem.message += "did not keep " + notKept;
   problem.hint = "the backup may come from a terminal with another firmware";
   throw Failure(std::move(problem));
 }

@@ -63,6 +63,15 @@ void failRefused(const std::string& operation, const std::string& reply, const s
   throw Failure(std::move(problem));
 }
 
+// A refusal without a text of the terminal's: it has accepted what it was told, and holds something else.
+[[noreturn]] void failNotKept(const std::string& name, const std::string& detail) {
+  Problem problem;
+  problem.exit = Exit::refused;
+  problem.operation = name;
+  problem.message = "the terminal did not keep " + name + detail;
+  throw Failure(std::move(problem));
+}
+
 Session::Session(const Tool& tool)
     : m_tool(tool), m_facade(velmorin::MVX2Interfaces::getInstance(static_cast<int>(tool.reader))) {}
 
@@ -145,8 +154,7 @@ std::string Session::write(const Value& value, std::int64_t number) {
   if (!parseDecimal(trimmed(answer)) && !parseReading(value, answer)) failRefused(value.name, answer);
   const Reading kept = read(value);
   if (kept != Reading{number})
-    failRefused(value.name, answer,
-                "the terminal did not keep " + std::string(value.name) + ": it holds " + print(value, kept));
+    failNotKept(value.name, ": it answered \"" + printable(answer) + "\" and holds " + print(value, kept));
   return answer;
 }
 
@@ -167,7 +175,7 @@ void Session::writeKey(const std::string& name, const Secret& key) {
   // An answer that holds the key is never shown.
   const bool isWord = answer.text().find(key.text()) == std::string::npos && !isKeyText(answer.text());
   if (isWord && !parseDecimal(answer.text())) failRefused(name, answer.text());
-  if (!isTheKey(readKey(name))) failRefused(name, "", "the terminal did not keep " + name);
+  if (!isTheKey(readKey(name))) failNotKept(name, "");
 }
 
 }  // namespace mvx2tool

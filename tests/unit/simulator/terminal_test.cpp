@@ -326,6 +326,22 @@ TEST(TerminalBehindItsBack, IsPutIntoEveryState) {
   }
 }
 
+TEST(TerminalBehindItsBack, AnswersWritesWithoutKeepingThemWhileItIsFrozen) {
+  Terminal terminal;
+  ASSERT_TRUE(terminal.set("frozen", "1"));
+  EXPECT_EQ(terminal.get("frozen"), "1");
+  EXPECT_EQ(ask(terminal, "pts 77"), "77");
+  EXPECT_EQ(terminal.get("pts"), "10");
+  ASSERT_TRUE(terminal.set("frozen", "0"));
+  EXPECT_EQ(ask(terminal, "pts 77"), "77");
+  EXPECT_EQ(terminal.get("pts"), "77");
+}
+
+TEST(TerminalBehindItsBack, IsFrozenOrNot) {
+  Terminal terminal;
+  EXPECT_FALSE(terminal.set("frozen", "2"));
+}
+
 TEST(TerminalBehindItsBack, StaysInTheBootLoaderForAsManyLinesAsSet) {
   Terminal terminal;
   ASSERT_TRUE(terminal.set("state", "boot"));

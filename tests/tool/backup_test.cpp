@@ -84,6 +84,24 @@ TEST(Backup, ThatCannotTakeItsPlaceLeavesNothingBehind) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch("parent")), {}), 1);
 }
 
+TEST(Backup, TakesThePlaceOfTheFileThatALinkLeadsTo) {
+  writeFile(file(), "old");
+  const std::string link = scratch("link.json");
+  std::filesystem::create_symlink(file(), link);
+  EXPECT_EQ(mvx2("backup " + link).exit, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(backup()["format"], "mvx2-backup");
+}
+
+TEST(Backup, NeverTakesThePlaceOfADeviceOrPipe) {
+  const std::string pipe = scratch("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const Outcome run = mvx2("backup " + pipe);
+  EXPECT_EQ(run.exit, 7);
+  EXPECT_EQ(run.err, "mvx2: cannot write " + pipe + ": it is no regular file\n");
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+}
+
 TEST(Backup, FailsInADirectoryThatIsNone) {
   writeFile(file(), "");
   const Outcome run = mvx2("backup --json " + file() + "/new.json");

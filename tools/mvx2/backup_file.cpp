@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 namespace mvx2tool {
 
@@ -150,6 +151,18 @@ void syncDirectory(const std::string& file) {
   if (opened.get() >= 0) fsync(opened.get());
 }
 
+// The file that FILE means: what a symbolic link leads to. A device or a pipe would be gone once a backup
+// took its name.
+std::string placeFor(const std::string& file) {
+  std::error_code error;
+  const auto place = std::filesystem::canonical(file, error);
+  if (error) return file;  // new
+  const auto status = std::filesystem::status(place, error);
+  if (!std::filesystem::is_regular_file(status) && !std::filesystem::is_directory(status))
+    failFile("cannot write " + file + ": it is no regular file");
+  return place;
+}
+
 }  // namespace
 
 Backup readBackup(const std::string& file) {
@@ -171,19 +184,20 @@ Backup readBackup(const std::string& file) {
 void writeBackup(const std::string& file, const Backup& backup) {
   WipedJson document(toDocument(backup));
   const Secret text(document.get().dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
-  std::string beside = file + ".XXXXXX";
+  const std::string place = placeFor(file);
+  std::string beside = place + ".XXXXXX";
   const Descriptor output(mkostemp(beside.data(), O_CLOEXEC));
   if (output.get() < 0) failErrno("cannot write " + file, errno);
   try {
     if (backup.keys.empty()) fchmod(output.get(), readableByUmask());
     writeAll(output.get(), text.text());
-    if (fsync(output.get()) != 0 || std::rename(beside.c_str(), file.c_str()) != 0)
+    if (fsync(output.get()) != 0 || std::rename(beside.c_str(), place.c_str()) != 0)
       failErrno("cannot write " + file, errno);
   } catch (...) {
     unlink(beside.c_str());
     throw;
   }
-  syncDirectory(file);
+  syncDirectory(place);
 }
 
 }  // namespace mvx2tool

@@ -1,6 +1,7 @@
 #include <mvx2/Channel.h>
 
-#include <algorithm>
+#include "diag/digits.h"
+
 #include <cstring>
 
 namespace {
@@ -11,9 +12,9 @@ constexpr char line_feed = '\n';
 // The terminal echoes the command line before it answers. Index 0 is never taken for the end of the echo.
 unsigned int answerStart(const unsigned char* data, unsigned int length) {
   if (length < 2) return 2;
-  const unsigned char* const end = data + length;
-  const unsigned char* const feed = std::find(data + 1, end, static_cast<unsigned char>(line_feed));
-  return feed == end ? length : static_cast<unsigned int>(feed - data) + 1;
+  const void* const feed = std::memchr(data + 1, line_feed, length - 1);
+  if (feed == nullptr) return length;
+  return static_cast<unsigned int>(static_cast<const unsigned char*>(feed) - data) + 1;
 }
 
 bool isPrompt(unsigned char byte) { return byte == '#' || byte == '>' || byte == '$'; }
@@ -35,12 +36,9 @@ std::string Channel::formatMessage(const std::string& command) {
 
 std::string Channel::formatResponse(const unsigned char* data, unsigned int length) {
   std::string answer;
-  const unsigned int start = answerStart(data, length);
-  if (length <= start) return answer;
-
-  const unsigned char* const end = std::find_if(data + start, data + length, isPrompt);
-  answer.assign(reinterpret_cast<const char*>(data + start), reinterpret_cast<const char*>(end));
-  answer.erase(std::remove(answer.begin(), answer.end(), carriage_return), answer.end());
+  for (unsigned int i = answerStart(data, length); i < length && !isPrompt(data[i]); ++i) {
+    if (data[i] != carriage_return) answer += static_cast<char>(data[i]);
+  }
   const std::size_t last = answer.rfind(line_feed);
   if (last != std::string::npos) answer.erase(last, 1);
   return answer;
@@ -54,7 +52,7 @@ std::string Channel::mvx2Transaction(const std::string& command) {
 }
 
 std::string Channel::mvx2Transaction(const std::string& command, int argument) {
-  return mvx2Transaction(command + ' ' + std::to_string(argument) + carriage_return);
+  return mvx2Transaction(command + ' ' + mvx2::decimalDigits(argument) + carriage_return);
 }
 
 const char* Channel::name() const noexcept { return m_name.c_str(); }

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -120,18 +119,17 @@ void USBChannel::connectReader(int readerSelect) {
     return;
   }
 
-  const std::vector<const char*> names = mvx2::readerNames(list.names());
-  if (names.empty()) {
+  const auto any = [](const char* /*name*/) { return true; };
+  if (mvx2::lastName(list.names(), any) == nullptr) {
     check(list.free(), "SCardFreeMemory", in_constructor, 104);
     fail("Card reader not find", 0, in_constructor, 106);
   }
   DWORD activeProtocol = SCARD_PROTOCOL_UNDEFINED;
-  const auto accepted = std::find_if(names.rbegin(), names.rend(), [readerSelect](const char* name) {
-    return mvx2::isTerminalReader(name, readerSelect);
-  });
-  if (accepted != names.rend()) {
+  const auto isOurs = [=](const char* name) { return mvx2::isTerminalReader(name, readerSelect); };
+  const char* const accepted = mvx2::lastName(list.names(), isOurs);
+  if (accepted != nullptr) {
     auto pci = std::make_unique<SCARD_IO_REQUEST>();
-    check(SCardConnect(m_context, *accepted, SCARD_SHARE_SHARED, SCARD_PROTOCOL_T0 | SCARD_PROTOCOL_T1,
+    check(SCardConnect(m_context, accepted, SCARD_SHARE_SHARED, SCARD_PROTOCOL_T0 | SCARD_PROTOCOL_T1,
                        &m_card, &activeProtocol),
           "SCardConnect", in_constructor, 97);
     const bool isT0OrT1 = activeProtocol == SCARD_PROTOCOL_T0 || activeProtocol == SCARD_PROTOCOL_T1;

@@ -1,21 +1,11 @@
 #include "channel/readers.h"
 
-#include <cctype>
 #include <cstring>
-#include <string>
 
 namespace mvx2 {
 
-std::vector<const char*> readerNames(const char* multiString) {
-  std::vector<const char*> names;
-  for (const char* name = multiString; *name != '\0'; name += std::strlen(name) + 1) names.push_back(name);
-  return names;
-}
-
 bool isTerminalReader(const char* name, int readerSelect) {
-  std::string upper(name);
-  for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  const auto holds = [&upper](const char* word) { return upper.find(word) != std::string::npos; };
+  const auto holds = [name](const char* word) { return strcasestr(name, word) != nullptr; };
 
   if (!holds("KRV") && !holds("VELMORIN")) return false;
   switch (readerSelect) {

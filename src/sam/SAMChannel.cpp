@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -65,10 +64,9 @@ long SAMChannel::connect() {
   // An empty list is not handed back.
   if (list == nullptr || *list == '\0') return SCARD_S_SUCCESS;
 
-  const std::vector<const char*> names = mvx2::readerNames(list);
-  const auto reader = std::find_if(names.rbegin(), names.rend(), mvx2::isSamReader);
-  if (reader != names.rend()) {
-    status = connectReader(*reader);
+  const char* const reader = mvx2::lastName(list, mvx2::isSamReader);
+  if (reader != nullptr) {
+    status = connectReader(reader);
     // Nor is the list on this path: the sequence of PC/SC calls is part of the interface.
     if (status != SCARD_S_SUCCESS) return status;
   }

@@ -505,9 +505,11 @@ class MVX2_API MVX2Interfaces {
   enum class Outcome { done, notReady, failed };
   enum class NotReady { saysSo, keepsText };
 
+  class Exchange;  // what a command does with the channel to get the reply
+
   // The handler of every command, and the commands' shapes.
-  template <typename Exchange>
-  Outcome attempt(const char* label, Exchange exchange);
+  Outcome attempt(const char* label, const Exchange& exchange, std::string& reply);
+  long decimalReply(const char* label, const Exchange& exchange, long neutral);
   template <typename T>
   T number(const char* word, const char* label, T neutral = static_cast<T>(-1));
   template <typename T>
@@ -516,11 +518,11 @@ class MVX2_API MVX2Interfaces {
   unsigned int* list(const char* word, const char* label, unsigned int (&response)[10]);
   void send(const char* word, const char* label);
   bool showsPrompt(char prompt, const char* label);
-  template <typename Exchange>
-  const char* replyText(const char* label, std::string& response, NotReady notReady, Exchange exchange);
-  const char* text(const char* word, const char* label, std::string& response,
+  const char* replyText(const char* label, char (&response)[128], NotReady notReady,
+                        const Exchange& exchange);
+  const char* text(const char* word, const char* label, char (&response)[128],
                    NotReady notReady = NotReady::saysSo);
-  const char* setText(const char* word, const char* text, const char* label, std::string& response,
+  const char* setText(const char* word, const char* text, const char* label, char (&response)[128],
                       NotReady notReady = NotReady::keepsText);
 
   static MVX2Interfaces* m_instance[2];

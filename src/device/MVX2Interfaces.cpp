@@ -6,6 +6,7 @@
 #include <mvx2/USBChannel.h>
 
 #include "diag/clock.h"
+#include "diag/text_buffer.h"
 
 #include <unistd.h>
 
@@ -124,9 +125,8 @@ const char* MVX2Interfaces::pipeName() { return m_channel == nullptr ? "No conne
 const char* MVX2Interfaces::productID() { return pipeName(); }
 
 const char* MVX2Interfaces::dllVersion() {
-  static std::string version(128, '\0');
-  version = "VELMORIN MVXx DLL\tV4.0.1.1\tJul  2 2015";
-  return version.c_str();
+  static char version[128];
+  return mvx2::assign(version, "VELMORIN MVXx DLL\tV4.0.1.1\tJul  2 2015");
 }
 
 void MVX2Interfaces::enableExternalException(bool enable) { m_externalException = enable; }

@@ -4,26 +4,26 @@
 namespace velmorin {
 
 const char* MVX2Interfaces::getVersion_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("version", "version : ", response);
 }
 
 const char* MVX2Interfaces::getBootVersion_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("vboot", "bootversion : ", response);
 }
 
 void MVX2Interfaces::beep(unsigned int duration) {
-  attempt("beep : ", [&](Channel& channel) {
-    if (duration == 0)
-      channel.mvx2Transaction("beep");
-    else
-      channel.mvx2Transaction("beep", static_cast<int>(duration));
-  });
+  if (duration == 0)
+    send("beep", "beep : ");
+  else
+    set("beep", duration, "beep : ");
 }
 
 void MVX2Interfaces::beep_CPtr(const char* text) {
-  attempt("beep : ", [&](Channel& channel) { channel.mvx2Transaction(withText("beep", text)); });
+  std::string notHandedBack;
+  const auto exchange = [&](Channel& channel) { return channel.mvx2Transaction(withText("beep", text)); };
+  attempt("beep : ", exchange, notHandedBack);
 }
 
 void MVX2Interfaces::reboot() { send("reboot", "reboot : "); }

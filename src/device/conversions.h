@@ -10,12 +10,9 @@
 
 namespace mvx2 {
 
-// The number at the start of the text, cut to the low bits of T; for bool whether it is other than zero.
-// Exactly strtol(): leading blanks and a sign are taken, the first non-digit ends it, no digit at all is 0.
-template <typename T>
-T decimal(const std::string& text) {
-  return static_cast<T>(std::strtol(text.c_str(), nullptr, 10));
-}
+// The number at the start of the text. Exactly strtol(): leading blanks and a sign are taken, the first
+// non-digit ends it, no digit at all is 0, and a number beyond a long is the limit that it passes.
+inline long decimal(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
 
 // The whole text as one hexadecimal number, after an optional 0x or 0X, modulo 2^32. It does not stop at a
 // stray character: that counts as a digit of value 255. An empty text and a prefix alone are 0.

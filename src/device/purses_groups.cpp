@@ -6,28 +6,28 @@ namespace velmorin {
 int MVX2Interfaces::getPurse() { return number<int>("purse", "purse : "); }
 
 const char* MVX2Interfaces::getPurse_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("purse", "purse : ", response);
 }
 
 int MVX2Interfaces::setPurse(unsigned int purse) { return set("purse", purse, "purse : "); }
 
 const char* MVX2Interfaces::setPurse_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("purse", text, "purse : ", response);
 }
 
 int MVX2Interfaces::chPurse(unsigned int purse) { return set("chpurse", purse, "chpurse : "); }
 
 const char* MVX2Interfaces::chPurse_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("chpurse", text, "chpurse : ", response);
 }
 
 int MVX2Interfaces::delPurse(unsigned int purse) { return set("delpurse", purse, "delpurse : "); }
 
 const char* MVX2Interfaces::delPurse_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("delpurse", text, "delpurse : ", response);
 }
 
@@ -37,21 +37,21 @@ unsigned int* MVX2Interfaces::getListPurses() {
 }
 
 const char* MVX2Interfaces::getListPurses_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("listpurses", "listpurses : ", response);
 }
 
 int MVX2Interfaces::addGrp() { return number<int>("addgrp", "addgrp : ", not_done); }
 
 const char* MVX2Interfaces::addGrp_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("addgrp", "addgrp : ", response);
 }
 
 int MVX2Interfaces::delGrp(unsigned int group) { return set("delgrp", group, "delgrp : "); }
 
 const char* MVX2Interfaces::delGrp_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("delgrp", text, "delgrp : ", response);
 }
 
@@ -62,7 +62,7 @@ unsigned int* MVX2Interfaces::getListGrp() {
 }
 
 const char* MVX2Interfaces::getListGrp_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("listgrp", "listgrp : ", response);
 }
 

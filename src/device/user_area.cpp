@@ -1,85 +1,77 @@
 // The user area and the sectors.
-#include "device/conversions.h"
 #include "device/exchange.h"
-
-#include <charconv>
-#include <iterator>
+#include "diag/digits.h"
 
 namespace velmorin {
 
 unsigned char MVX2Interfaces::getUOffset() { return number<unsigned char>("uoffset", "uOffset : "); }
 
 const char* MVX2Interfaces::getUOffset_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("uoffset", "uOffset : ", response, NotReady::keepsText);
 }
 
 int MVX2Interfaces::setUOffset(unsigned char uOffset) { return set("uoffset", uOffset, "uOffset : "); }
 
 const char* MVX2Interfaces::setUOffset_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("uoffset", text, "uOffset : ", response);
 }
 
 unsigned char MVX2Interfaces::getUSector() { return number<unsigned char>("usector", "uSector : "); }
 
 const char* MVX2Interfaces::getUSector_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("usector", "uSector : ", response);
 }
 
 int MVX2Interfaces::setUSector(unsigned char uSector) { return set("usector", uSector, "uSector : "); }
 
 const char* MVX2Interfaces::setUSector_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("usector", text, "uSector : ", response);
 }
 
 unsigned short MVX2Interfaces::getUOption() { return hexadecimal<unsigned short>("uoption", "uOption : "); }
 
 const char* MVX2Interfaces::getUOption_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("uoption", "uOption : ", response);
 }
 
 int MVX2Interfaces::setUOption(unsigned short uOption) { return set("uoption", uOption, "uOption : "); }
 
 const char* MVX2Interfaces::setUOption_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("uoption", text, "uOption : ", response);
 }
 
 unsigned short MVX2Interfaces::getUFlagId() { return hexadecimal<unsigned short>("uflagid", "uFlagId : "); }
 
 const char* MVX2Interfaces::getUFlagId_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("uflagid", "uFlagId : ", response);
 }
 
 int MVX2Interfaces::setUFlagId(unsigned short uFlagId) { return set("uflagid", uFlagId, "uFlagId : "); }
 
 const char* MVX2Interfaces::setUFlagId_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("uflagid", text, "uFlagId : ", response);
 }
 
 unsigned short MVX2Interfaces::getSectors() { return hexadecimal<unsigned short>("sectors", "sectors : "); }
 
 const char* MVX2Interfaces::getSectors_CPtr() {
-  static std::string response(128, '\0');
+  static char response[128];
   return text("sectors", "sectors : ", response);
 }
 
 int MVX2Interfaces::setSectors1(unsigned short sectors) {
-  int result = not_done;
-  attempt("sectors : ", [&](Channel& channel) {
-    // No stream: its digits would follow the host's locale.
-    char digits[4];
-    char* const end = std::to_chars(std::begin(digits), std::end(digits), sectors, 16).ptr;
-    const std::string request = "sectors 0x" + std::string(std::begin(digits), end) + '\r';
-    result = mvx2::decimal<int>(channel.mvx2Transaction(request));
-  });
-  return result;
+  const auto exchange = [&](Channel& channel) {
+    return channel.mvx2Transaction("sectors 0x" + mvx2::hexadecimalDigits(sectors) + '\r');
+  };
+  return static_cast<int>(decimalReply("sectors : ", exchange, not_done));
 }
 
 int MVX2Interfaces::setSectors2(unsigned char /*first*/, unsigned char second) {
@@ -87,7 +79,7 @@ int MVX2Interfaces::setSectors2(unsigned char /*first*/, unsigned char second) {
 }
 
 const char* MVX2Interfaces::setSectors_CPtr(const char* text) {
-  static std::string response(128, '\0');
+  static char response[128];
   return setText("sectors", text, "sectors : ", response);
 }
 

@@ -3,6 +3,7 @@
 #include <mvx2/SAMChannel.h>
 
 #include "diag/clock.h"
+#include "diag/text_buffer.h"
 
 #include <unistd.h>
 
@@ -104,9 +105,8 @@ bool SAMInterfaces::SAM_unlock(unsigned char* key, unsigned long keyLength) {
 }
 
 const char* SAMInterfaces::dllVersion() {
-  static std::string version(128, '\0');
-  version = "VELMORIN SAM DLL\tV4.0.1.1\tJul  2 2015";
-  return version.c_str();
+  static char version[128];
+  return mvx2::assign(version, "VELMORIN SAM DLL\tV4.0.1.1\tJul  2 2015");
 }
 
 bool SAMInterfaces::externalExceptionIsEnable() { return m_externalException; }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -105,6 +106,28 @@ TEST_F(Commands, ReadAFailedExchangeAsAnEmptyReply) {
   pcsc.fail("SCardTransmit", static_cast<LONG>(SCARD_E_NO_SERVICE));
   EXPECT_STREQ(facade->getCredit_CPtr(), "");
   EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(Commands, KeepTheLowBitsThatTheResultTypeHolds) {
+  pcsc.answerLine("-1");
+  EXPECT_EQ(facade->getPts(), 255);
+  pcsc.answerLine("-65534");
+  EXPECT_EQ(facade->getPincode(), 2);
+}
+
+TEST_F(Commands, ReadANumberOf33BitsAsLongHoldsIt) {
+  pcsc.answerLine("4294967301");
+  const bool longIsInt = std::numeric_limits<long>::max() == std::numeric_limits<int>::max();
+  EXPECT_EQ(facade->getSerial(), longIsInt ? std::numeric_limits<int>::max() : 5);
+}
+
+TEST_F(Commands, TakeAFlagForTrueIfTheNumberIsOtherThanZero) {
+  const std::vector<std::pair<std::string, bool>> replies = {
+      {"0", false}, {"on", false}, {"1", true}, {"-1", true}, {"256", true}};
+  for (const auto& [reply, flag] : replies) {
+    pcsc.answerLine(reply);
+    EXPECT_EQ(facade->getSwitch(), flag) << reply;
+  }
 }
 
 TEST_F(Commands, KeepAll32BitsOfACardIdentifier) {

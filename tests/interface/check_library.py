@@ -5,7 +5,7 @@ import re
 import subprocess
 import sys
 
-ALLOWED = {"libpcsclite", "libmbedcrypto", "libstdc++", "libgcc_s", "libc", "ld-linux-armhf", "ld-linux-aarch64"}
+ALLOWED = {"libpcsclite", "libmbedcrypto", "libstdc++", "libgcc_s", "libc"}
 SANITIZERS = {"libasan", "libubsan"}
 
 

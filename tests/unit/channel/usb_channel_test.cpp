@@ -203,6 +203,8 @@ struct Protocol {
   std::string pci;
 };
 
+std::ostream& operator<<(std::ostream& stream, const Protocol& protocol) { return stream << protocol.pci; }
+
 class UsbChannelProtocol : public UsbChannel, public testing::WithParamInterface<Protocol> {};
 
 TEST_P(UsbChannelProtocol, GoesIntoTheProtocolInformation) {

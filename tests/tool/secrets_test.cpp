@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <new>
 #include <string>
@@ -42,7 +42,7 @@ TEST_F(SecretPlace, IsOverwrittenWhenTheSecretGoes) {
 }
 
 TEST_F(SecretPlace, IsOverwrittenWhenAMovedSecretGoes) {
-  Secret* const secret = new (m_place) Secret{std::string(key)};
+  auto* const secret = new (m_place) Secret{std::string(key)};
   {
     const Secret taken(std::move(*secret));
     EXPECT_EQ(taken.text(), key);
@@ -55,7 +55,7 @@ TEST(Secret, IsMaskedWithItsLength) { EXPECT_EQ(Secret{std::string(key)}.masked(
 
 class SecretFile : public testing::Test {
  protected:
-  ~SecretFile() override { std::remove(m_file.c_str()); }
+  void TearDown() override { std::filesystem::remove(m_file); }
 
   Secret read(const std::string& content) const {
     std::ofstream(m_file) << content;

@@ -5,7 +5,14 @@
 namespace {
 
 using namespace std::string_literals;
-using namespace mvx2tool;
+using mvx2tool::hexBytes;
+using mvx2tool::hexDigits;
+using mvx2tool::lines;
+using mvx2tool::parseDecimal;
+using mvx2tool::parseHexadecimal;
+using mvx2tool::parseHexBytes;
+using mvx2tool::printable;
+using mvx2tool::unescaped;
 
 TEST(Decimal, IsTheWholeTextOrNothing) {
   EXPECT_EQ(parseDecimal("-12"), -12);

@@ -3,13 +3,13 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
 
 #include "crypto/aes_rounds.h"
 #include "crypto/secure.h"
 
 using mvx2::encrypted;
 using mvx2::loadState;
+using mvx2::roundKey;
 using mvx2::State;
 using mvx2::storeState;
 using mvx2::Wiper;
@@ -27,15 +27,18 @@ State doubled(const State& L) {
           (L.c3 << 1) ^ reduction};
 }
 
-// The last block of a message: `rest` bytes, 0 to 16, padded unless they fill it.
-State lastBlock(const unsigned char* bytes, unsigned int rest, const unsigned char* K1,
-                const unsigned char* K2) {
-  if (rest == 16) return loadState(bytes) ^ loadState(K1);
-  std::array<unsigned char, 16> padded = {};
-  const Wiper wipePadded(padded);
-  if (rest > 0) std::memcpy(padded.data(), bytes, rest);
-  padded[rest] = 0x80;
-  return loadState(padded.data()) ^ loadState(K2);
+// What aes_buildCmac() works with, in one place so that one call wipes it.
+struct Workspace {
+  Schedule w;
+  std::array<std::uint32_t, 4> lastBlock;
+};
+
+// The last block of a message, before a subkey is added: `rest` bytes, 0 to 16, padded unless they fill it.
+// Put together from bytes: a load of a word from memory that bytes were copied to has to wait for them.
+void padLastBlock(std::array<std::uint32_t, 4>& words, const unsigned char* bytes, unsigned int rest) {
+  words = {};
+  for (unsigned int i = 0; i < rest; ++i) words[i / 4] |= std::uint32_t{bytes[i]} << (24 - 8 * (i % 4));
+  if (rest < 16) words[rest / 4] |= std::uint32_t{0x80} << (24 - 8 * (rest % 4));
 }
 
 }  // namespace
@@ -54,13 +57,16 @@ void aes_GenerateSubKey(const unsigned char* key, unsigned char* K1, unsigned ch
 void aes_buildCmac(const unsigned char* key, const unsigned char* K1, const unsigned char* K2,
                    const unsigned char* message, unsigned char length, unsigned char* mac,
                    unsigned char* iv) {
-  Schedule w;
-  const Wiper wipeSchedule(w);
-  aes_KeyExpansion(0, key, w.data(), Nk);
+  Workspace work;
+  const Wiper wipeWork(work);
+  const uint32_t* w = work.w.data();
+  aes_KeyExpansion(0, key, work.w.data(), Nk);
   State chain = loadState(iv);
   unsigned int rest = length;
-  for (; rest > 16; rest -= 16, message += 16) chain = encrypted(w.data(), Nr, chain ^ loadState(message));
-  chain = encrypted(w.data(), Nr, chain ^ lastBlock(message, rest, K1, K2));
+  for (; rest > 16; rest -= 16, message += 16) chain = encrypted(w, Nr, chain ^ loadState(message));
+  padLastBlock(work.lastBlock, message, rest);
+  chain = chain ^ roundKey(work.lastBlock.data()) ^ loadState(rest == 16 ? K1 : K2);
+  chain = encrypted(w, Nr, chain);
   storeState(iv, chain);
   storeState(mac, chain);
 }

@@ -57,8 +57,8 @@ inline State roundKey(const std::uint32_t* w) { return {w[0], w[1], w[2], w[3]};
 
 // The byte of a word that is in row r.
 template <unsigned int r>
-constexpr std::uint8_t rowOf(std::uint32_t word) {
-  return static_cast<std::uint8_t>(word >> (24 - 8 * r));
+constexpr std::uint32_t rowOf(std::uint32_t word) {
+  return (word >> (24 - 8 * r)) & 0xff;
 }
 
 // ARM rotates the operand of an exclusive-or at no cost: one table of 1 KiB serves all four rows. Elsewhere a

@@ -7,12 +7,8 @@
 
 namespace mvx2 {
 
-// Clears memory that held a secret. The empty statement claims to read the memory, so that the optimiser
-// keeps the stores although the object dies next.
-inline void wipe(void* memory, std::size_t length) {
-  std::memset(memory, 0, length);
-  asm volatile("" : : "r"(memory) : "memory");
-}
+// Clears memory that held a secret, also where the optimiser sees that the object dies next.
+inline void wipe(void* memory, std::size_t length) { explicit_bzero(memory, length); }
 
 // Clears a local object that holds a secret when its scope ends, on every way out.
 template <class T>

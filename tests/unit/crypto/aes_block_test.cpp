@@ -8,6 +8,7 @@ using mvx2::test::aesDecryptedEquivalently;
 using mvx2::test::aesEncrypted;
 using mvx2::test::AesKey;
 using mvx2::test::aesRounds;
+using mvx2::test::aesScheduleWords;
 using mvx2::test::arrayOf;
 using mvx2::test::Bytes;
 using mvx2::test::RandomBytes;
@@ -155,6 +156,31 @@ TEST(AesInvCipher, EqualsTheCompositionOfTheRoundStepsForAnyWords) {
     AesBlock plainText;
     aes_InvCipher(type, cipherText.data(), plainText.data(), schedule.w.data(), iv.data());
     ASSERT_EQ(plainText, expected);
+  }
+}
+
+// A schedule that a key expands to, but for one bit.
+struct AlteredSchedule {
+  AlteredSchedule(unsigned int type, RandomBytes& random)
+      : w(AesKey(random.bytes(std::size_t{16} + std::size_t{8} * type)).w) {
+    w[random.below(aesScheduleWords(type))] ^= 1U << random.below(32);
+  }
+  std::array<uint32_t, 61> w;
+};
+
+TEST(AesInvCipher, EqualsTheCompositionOfTheRoundStepsWhereOneBitOfAScheduleIsAltered) {
+  RandomBytes random(13);
+  for (int i = 0; i < 6000; ++i) {
+    const unsigned int type = random.below(3);
+    const AlteredSchedule schedule(type, random);
+    const AesBlock cipherText = random.array<16>();
+    AesBlock iv = random.array<16>();
+    AesBlock expected = composedInvCipher(type, cipherText, schedule.w.data());
+    addBlock(expected, iv);
+    AesBlock block = cipherText;
+    aes_InvCipher(type, block.data(), block.data(), schedule.w.data(), iv.data());
+    ASSERT_EQ(block, expected);
+    ASSERT_EQ(iv, expected);
   }
 }
 

@@ -3,47 +3,21 @@
 #include "fixed_random.h"
 #include "unlock_vector.h"
 
+#include "support/stack_traces.h"
+
 #include <mvx2/aes_cmac.h>
 
-#include <fcntl.h>
-#include <pthread.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <memory>
 #include <ostream>
 
 namespace {
 
 using mvx2test::Bytes;
 using mvx2test::FixedRandom;
+using mvx2test::holds;
 using mvx2test::ScriptedPcsc;
+using mvx2test::stackAfter;
 using mvx2test::UnlockVector;
-
-constexpr std::size_t stack_size = std::size_t{256} * 1024;
-
-Bytes readThroughKernel(const void* memory, std::size_t length) {
-  Bytes copy(length);
-  const int file = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
-  const ssize_t got =
-      pread(file, copy.data(), length, static_cast<off_t>(reinterpret_cast<std::uintptr_t>(memory)));
-  close(file);
-  if (got != static_cast<ssize_t>(length)) copy.clear();
-  return copy;
-}
-
-// Copies memory past the checks that sanitizers and valgrind put on a dead stack. An emulator has its
-// addresses elsewhere and no such checks.
-Bytes copyOf(const void* memory, std::size_t length) {
-  const Bytes marker(16, 0x4D);
-  if (readThroughKernel(marker.data(), marker.size()) == marker) return readThroughKernel(memory, length);
-  const auto* const bytes = static_cast<const unsigned char*>(memory);
-  return {bytes, bytes + length};
-}
-
-bool holds(const Bytes& memory, const Bytes& secret) {
-  return std::search(memory.begin(), memory.end(), secret.begin(), secret.end()) != memory.end();
-}
 
 // The same bytes as 32-bit words that a little-endian machine holds.
 Bytes asWords(Bytes bytes) {
@@ -93,31 +67,11 @@ class SamUnlockMemory : public mvx2test::ConnectedChannel {
   }
 };
 
-class SamUnlockSecret : public SamUnlockMemory, public testing::WithParamInterface<Secret> {
- protected:
-  static void* run(void* self) {
-    auto* const test = static_cast<SamUnlockSecret*>(self);
-    test->done = GetParam().step(test->channel);
-    return nullptr;
-  }
-
-  // What the step leaves on the stack of its thread.
-  Bytes stackAfterStep() {
-    const std::unique_ptr<void, decltype(&std::free)> stack(std::aligned_alloc(4096, stack_size), &std::free);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, stack.get(), stack_size);
-    pthread_t thread{};
-    if (pthread_create(&thread, &attributes, run, this) == 0) pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    return copyOf(stack.get(), stack_size);
-  }
-
-  bool done = false;
-};
+class SamUnlockSecret : public SamUnlockMemory, public testing::WithParamInterface<Secret> {};
 
 TEST_P(SamUnlockSecret, IsNotLeftOnTheStack) {
-  const Bytes stack = stackAfterStep();
+  bool done = false;
+  const Bytes stack = stackAfter([&] { done = GetParam().step(channel); });
   ASSERT_TRUE(done);
   EXPECT_FALSE(holds(stack, GetParam().bytes));
   EXPECT_FALSE(holds(stack, asWords(GetParam().bytes)));

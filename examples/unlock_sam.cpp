@@ -4,21 +4,34 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
+
+namespace {
+
+bool readKey(std::array<unsigned char, 16>& key) {
+  // Without its buffer the stream keeps no copy of the key.
+  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  for (unsigned char& byte : key)
+    // Two digits always fit into a byte.
+    if (std::scanf("%2hhx", &byte) != 1) return false;  // NOLINT(cert-err34-c)
+  return true;
+}
+
+}  // namespace
 
 int main() {
   std::array<unsigned char, 16> key{};
-  for (unsigned char& byte : key)
-    // Two digits always fit into a byte.
-    if (std::scanf("%2hhx", &byte) != 1) {  // NOLINT(cert-err34-c)
-      std::cerr << "The key has 32 hexadecimal digits.\n";
-      return 1;
-    }
-
+  const bool isKey = readKey(key);
   SAMInterfaces* const sam = SAMInterfaces::getInstance();
-  sam->SAM_connect(1);
+  if (isKey) sam->SAM_connect(1);
   const bool unlocked = sam->SAM_isConnected() && sam->SAM_unlock(key.data(), key.size());
-  key.fill(0);
+  // Not key.fill(0): the optimiser drops a store that nobody reads.
+  explicit_bzero(key.data(), key.size());
+  if (!isKey) {
+    std::cerr << "The key has 32 hexadecimal digits.\n";
+    return 1;
+  }
 
   std::array<char, 7> serial{};
   if (!unlocked || !sam->SAM_getVersion(serial.data())) {

@@ -298,7 +298,7 @@ TEST(Attempts, EndWithTheFirstThatSucceeds) {
 
 TEST(Interruption, EndsACommandThatWaits) {
   sim("fault delay 60000 1");
-  mvx2test::Background run("get credit");
+  mvx2test::BackgroundTool run("get credit");
   mvx2test::await([] { return sim("get transmits") != "0"; });
   run.send(SIGTERM);
   EXPECT_EQ(run.await(), 8);

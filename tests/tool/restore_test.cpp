@@ -8,7 +8,7 @@
 
 namespace {
 
-using mvx2test::Background;
+using mvx2test::BackgroundTool;
 using mvx2test::holds;
 using mvx2test::mvx2;
 using mvx2test::Outcome;
@@ -146,7 +146,7 @@ class CutShort : public Restore {
 };
 
 TEST_F(CutShort, SaysHowFarItCameWhenInterrupted) {
-  Background run("restore " + file());
+  BackgroundTool run("restore " + file());
   awaitFirstChange();
   run.send(SIGINT);
   EXPECT_EQ(run.await(), 8);
@@ -159,7 +159,7 @@ TEST_F(CutShort, SaysHowFarItCameWhenInterrupted) {
 }
 
 TEST_F(CutShort, SaysHowFarItCameInJson) {
-  Background run("restore --json " + file());
+  BackgroundTool run("restore --json " + file());
   awaitFirstChange();
   run.send(SIGTERM);
   EXPECT_EQ(run.await(), 8);
@@ -169,7 +169,7 @@ TEST_F(CutShort, SaysHowFarItCameInJson) {
 }
 
 TEST_F(CutShort, SaysHowFarItCameWhenTheTerminalFallsSilent) {
-  Background run("restore " + file());
+  BackgroundTool run("restore " + file());
   awaitFirstChange();
   sim("reader out");
   EXPECT_EQ(run.await(), 3);
@@ -185,7 +185,7 @@ class Killed : public CutShort, public testing::WithParamInterface<int> {};
 TEST_P(Killed, LeavesFileAndTerminalToASecondRestore) {
   const std::string before = readFile(file());
   const int start = std::stoi(sim("get transmits"));
-  Background run("restore " + file());
+  BackgroundTool run("restore " + file());
   mvx2test::await([start] { return std::stoi(sim("get transmits")) >= start + GetParam(); });
   run.send(SIGKILL);
   EXPECT_EQ(run.await(), 128 + SIGKILL);

@@ -8,12 +8,12 @@
 
 namespace {
 
-using mvx2test::Background;
+using mvx2test::BackgroundTool;
 using mvx2test::holds;
 using mvx2test::sim;
 
 TEST(Watch, ShowsValuesFirstAndThenEveryChange) {
-  Background run("watch credit switch --interval 0.05");
+  BackgroundTool run("watch credit switch --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("switch is 1"));
   sim("set credit 77");
   ASSERT_TRUE(run.awaitOutput("credit 1250 -> 77"));
@@ -24,7 +24,7 @@ TEST(Watch, ShowsValuesFirstAndThenEveryChange) {
 }
 
 TEST(Watch, ShowsEachEventAsALineOfJson) {
-  Background run("watch credit --json --interval 0.05");
+  BackgroundTool run("watch credit --json --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("\"value\":1250"));
   sim("set credit 77");
   ASSERT_TRUE(run.awaitOutput("\"old\":1250,\"value\":77"));
@@ -38,7 +38,7 @@ TEST(Watch, ShowsEachEventAsALineOfJson) {
 }
 
 TEST(Watch, LooksAtEveryValueWhenNoneIsNamed) {
-  Background run("watch --interval 0.05");
+  BackgroundTool run("watch --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("listgrp is 1 4"));
   sim("set department 5");
   EXPECT_TRUE(run.awaitOutput("department 12 -> 5"));
@@ -47,7 +47,7 @@ TEST(Watch, LooksAtEveryValueWhenNoneIsNamed) {
 class WatchSignal : public testing::TestWithParam<int> {};
 
 TEST_P(WatchSignal, EndsItCleanly) {
-  Background run("watch credit");
+  BackgroundTool run("watch credit");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   run.send(GetParam());
   EXPECT_EQ(run.await(), 0);
@@ -57,7 +57,7 @@ TEST_P(WatchSignal, EndsItCleanly) {
 INSTANTIATE_TEST_SUITE_P(Each, WatchSignal, testing::Values(SIGINT, SIGTERM));
 
 TEST(Watch, EndsWhileTheReaderIsGone) {
-  Background run("watch credit --interval 0.05");
+  BackgroundTool run("watch credit --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   sim("reader out");
   ASSERT_TRUE(run.awaitOutput("lost: "));
@@ -66,7 +66,7 @@ TEST(Watch, EndsWhileTheReaderIsGone) {
 }
 
 TEST(Watch, SurvivesAVanishedReader) {
-  Background run("watch credit --interval 0.05");
+  BackgroundTool run("watch credit --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   sim("reader out");
   ASSERT_TRUE(run.awaitOutput("lost: no reader of a terminal among: ACS SAM 00 00\n"));
@@ -77,7 +77,7 @@ TEST(Watch, SurvivesAVanishedReader) {
 }
 
 TEST(Watch, SurvivesARestartedDaemon) {
-  Background run("watch credit --interval 0.05");
+  BackgroundTool run("watch credit --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   sim("daemon stop");
   ASSERT_TRUE(run.awaitOutput("lost: no PC/SC daemon (pcscd) answers: SCARD_E_NO_SERVICE (0x8010001D)\n"));
@@ -88,7 +88,7 @@ TEST(Watch, SurvivesARestartedDaemon) {
 }
 
 TEST(Watch, SurvivesAFailedExchange) {
-  Background run("watch credit --interval 0.05");
+  BackgroundTool run("watch credit --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   sim("fault transmit 1");
   ASSERT_TRUE(run.awaitOutput("lost: no answer from the terminal: SCARD_S_SUCCESS (0x00000000)\n"));
@@ -96,7 +96,7 @@ TEST(Watch, SurvivesAFailedExchange) {
 }
 
 TEST(Watch, ShowsARefusalAsAChange) {
-  Background run("watch credit --interval 0.05");
+  BackgroundTool run("watch credit --interval 0.05");
   ASSERT_TRUE(run.awaitOutput("credit is 1250"));
   sim("set state boot");
   ASSERT_TRUE(run.awaitOutput("credit 1250 -> refused: \"ERR unknown\"\n"));
@@ -105,7 +105,7 @@ TEST(Watch, ShowsARefusalAsAChange) {
 
 TEST(Watch, FailsWhenThereIsNoTerminalToBeginWith) {
   sim("reader out");
-  Background run("watch credit");
+  BackgroundTool run("watch credit");
   EXPECT_EQ(run.await(), 3);
   EXPECT_TRUE(holds(run.err(), "mvx2: no reader of a terminal among: ")) << run.err();
 }

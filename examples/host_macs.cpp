@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <string>
 
 namespace {
@@ -14,7 +15,7 @@ using Key = std::array<unsigned char, 16>;
 
 std::size_t readKey(Key& key) {
   // Without its buffer the stream keeps no copy of the key.
-  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  static_cast<void>(std::setvbuf(stdin, nullptr, _IONBF, 0));
   std::size_t length = 0;
   // Two digits always fit into a byte.
   while (length < key.size() && std::scanf("%2hhx", &key[length]) == 1) ++length;  // NOLINT(cert-err34-c)
@@ -60,6 +61,6 @@ int main(int argc, char** argv) {
   if (good && length == 16) showAesCmac(key, message);
   if (good && length == 8) showDesMac(key, message);
   explicit_bzero(key.data(), key.size());
-  if (!good) std::fprintf(stderr, "A key of 32 or 16 digits, and a message of at most 255 bytes.\n");
+  if (!good) std::cerr << "A key of 32 or 16 digits, and a message of at most 255 bytes.\n";
   return good ? 0 : 1;
 }

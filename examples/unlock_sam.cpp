@@ -11,7 +11,7 @@ namespace {
 
 bool readKey(std::array<unsigned char, 16>& key) {
   // Without its buffer the stream keeps no copy of the key.
-  std::setvbuf(stdin, nullptr, _IONBF, 0);
+  static_cast<void>(std::setvbuf(stdin, nullptr, _IONBF, 0));
   for (unsigned char& byte : key)
     // Two digits always fit into a byte.
     if (std::scanf("%2hhx", &byte) != 1) return false;  // NOLINT(cert-err34-c)

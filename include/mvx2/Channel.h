@@ -67,7 +67,7 @@ class MVX2_API Channel {
   const char* name() const noexcept;
 
  protected:
-  std::string m_name;
+  std::string m_name; /**< what name() returns */
 };
 
 #endif

@@ -34,10 +34,10 @@ class MVX2_API MVX2Exception : public std::exception {
    */
   MVX2Exception(const char* message, long code, const char* function, const char* file, int line);
 
-  MVX2Exception(const MVX2Exception&) = default;
-  MVX2Exception(MVX2Exception&&) = default;
-  MVX2Exception& operator=(const MVX2Exception&) = default;
-  MVX2Exception& operator=(MVX2Exception&&) = default;
+  MVX2Exception(const MVX2Exception&) = default;            /**< Copies the text. */
+  MVX2Exception(MVX2Exception&&) = default;                 /**< Takes the text over. */
+  MVX2Exception& operator=(const MVX2Exception&) = default; /**< Copies the text. */
+  MVX2Exception& operator=(MVX2Exception&&) = default;      /**< Takes the text over. */
   ~MVX2Exception() override;
 
   /** The formatted text, NUL-terminated, owned by this object and valid as long as it. Never fails. */

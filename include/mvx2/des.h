@@ -20,9 +20,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/** The values of the mode argument of the CBC functions. Every value other than DES_ENCRYPT decrypts. */
+/** The mode argument of the CBC functions that encrypts. */
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage): C has no other constant that its preprocessor sees.
 #define DES_ENCRYPT 1
+/** The mode argument of the CBC functions that decrypts; so does every other value than DES_ENCRYPT. */
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage)
 #define DES_DECRYPT 0
 

@@ -1,26 +1,40 @@
 #!/usr/bin/python3
 """Checks that code shown on a page is the program it claims to be.
 
-A sample stands below a comment with the program's path, <!-- examples/NAME.cpp -->, and must equal it to the letter.
+Above a sample stands a comment with its file, <!-- examples/NAME.cpp -->, which it must equal to the letter, or
+<!-- part of examples/NAME.cpp -->, of which it must be a run of whole lines, leading blanks aside.
 Relative links must lead to a file of the tree.
 """
 
 import os
 import re
 import sys
+import textwrap
+
+SAMPLE = r"```(?:cpp|c|cmake|sh)\n(.*?)^```"
+
+
+def is_part(sample, text):
+    lines = sample.splitlines()
+    whole = text.splitlines()
+    for start in range(len(whole) - len(lines) + 1):
+        if textwrap.dedent("\n".join(whole[start : start + len(lines)])).splitlines() == lines:
+            return True
+    return False
 
 
 def problems(top, page):
     with open(os.path.join(top, page), encoding="utf-8") as file:
         text = file.read()
-    samples = re.findall(r"^```(?:cpp|c)\n(.*?)^```", text, flags=re.DOTALL | re.MULTILINE)
-    named = re.findall(r"^<!-- (\S+) -->\n```(?:cpp|c)\n(.*?)^```", text, flags=re.DOTALL | re.MULTILINE)
+    samples = re.findall("^" + SAMPLE, text, flags=re.DOTALL | re.MULTILINE)
+    named = re.findall(r"^<!-- (part of )?(\S+) -->\n" + SAMPLE, text, flags=re.DOTALL | re.MULTILINE)
     if len(named) != len(samples):
         yield f"{page}: {len(samples) - len(named)} of its samples name no program"
-    for path, sample in named:
+    for part, path, sample in named:
         with open(os.path.join(top, path), encoding="utf-8") as file:
-            if file.read() != sample:
-                yield f"{page}: the sample differs from {path}"
+            program = file.read()
+        if not (is_part(sample, program) if part else sample == program):
+            yield f"{page}: the sample differs from {path}"
     for link in re.findall(r"\]\(([^)#:]+)[^):]*\)", text):
         if not os.path.exists(os.path.join(top, os.path.dirname(page), link)):
             yield f"{page}: nothing is at {link}"

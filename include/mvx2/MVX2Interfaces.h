@@ -80,7 +80,7 @@ class MVX2_API MVX2Interfaces {
   MVX2Interfaces& operator=(const MVX2Interfaces&) = delete;
   MVX2Interfaces& operator=(MVX2Interfaces&&) = delete;
 
-  /** @name Lifecycle and connection
+  /** @name Instances
    * @{ */
 
   /**
@@ -93,6 +93,10 @@ class MVX2_API MVX2Interfaces {
    * @return the facade, owned by the library until releaseInstance(); null for any other slot
    */
   static MVX2Interfaces* getInstance(int slot);
+  /** @} */
+
+  /** @name Lifecycle and connection
+   * @{ */
 
   /** Destroys the facade stored in this facade's slot, which disconnects it; pointers to it end here. */
   void releaseInstance();

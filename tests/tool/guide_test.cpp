@@ -51,7 +51,7 @@ TEST_P(Page, ShowsWhatTheProgramsPrint) {
 
 INSTANTIATE_TEST_SUITE_P(Console, Page,
                          testing::Values("README.md", "docs/mvx2.md", "docs/getting-started.md",
-                                         "docs/errors.md", "docs/sam.md", "docs/board.md",
-                                         "docs/troubleshooting.md"));
+                                         "docs/errors.md", "docs/sam.md", "docs/simulator.md",
+                                         "docs/board.md", "docs/troubleshooting.md"));
 
 }  // namespace

@@ -199,11 +199,4 @@ TEST(Service, EndsWhileItWaitsForTheTerminal) {
   EXPECT_TRUE(mvx2test::holds(service.out(), "lost\nended\n"));
 }
 
-// The program of the page on threads.
-TEST(Threads, ReadOneTerminal) {
-  const Ended ended = run("threads");
-  EXPECT_EQ(ended.out, "1250 1250\n");
-  EXPECT_EQ(ended.exit, 0);
-}
-
 }  // namespace

@@ -35,6 +35,8 @@ std::string ask(const std::string& socket, const std::string& line) {
 
 std::string askReader(const std::string& device, const std::string& line) {
   checkInside();
+  mvx2sim::readerName(device);  // fails when the simulation has none
+  if (!mvx2sim::isPlugged(device)) throw Failure("the reader is out: mvx2-sim reader in " + device);
   return ask(std::string(places::home) + "/" + device + ".control", line);
 }
 

@@ -312,6 +312,14 @@ TEST(MVX2SimControl, RefusesAReaderThatIsNotSimulated) {
   EXPECT_EQ(simulate(sim + " get -r sam key", "--no-sam").status, 125);
 }
 
+TEST(MVX2SimControl, SaysThatAReaderIsOut) {
+  for (const char* line : {"get credit", "set credit 1", "fault clear", "card in"}) {
+    const Result result = simulate("sh -c '" + sim + " reader out; timeout 20 " + sim + " " + line + "'");
+    EXPECT_EQ(result.status, 125) << line;
+    EXPECT_TRUE(mentions(result, "the reader is out: mvx2-sim reader in terminal")) << result.output;
+  }
+}
+
 TEST(MVX2SimControl, SetsNegativeNumbersAndLists) {
   EXPECT_EQ(simulate("sh -c '" + sim + " set value -5; " + sim + " get value'").output, "-5\n");
   EXPECT_EQ(simulate("sh -c '" + sim + " set listgrp 3 7 12; " + sim + " get listgrp'").output, "3 7 12\n");

@@ -1,4 +1,5 @@
-# What `cmake --install` lays out for host applications: headers, library, CMake package, pkg-config file, pages.
+# What `cmake --install` lays out for host applications: headers, library, CMake package, pkg-config file, pages. The
+# simulator and the tool install themselves. The components are runtime, development, tools, simulator, documentation.
 include(CMakePackageConfigHelpers)
 
 install(
@@ -29,4 +30,10 @@ configure_file(cmake/libMVX2Interfaces.pc.in libMVX2Interfaces.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/libMVX2Interfaces.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
         COMPONENT development)
 
-install(FILES README.md CHANGELOG.md docs/simulator.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
+install(
+  DIRECTORY docs/
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT documentation
+  FILES_MATCHING
+  PATTERN "*.md")

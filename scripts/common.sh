@@ -57,6 +57,28 @@ need_packages() {
     die "these packages could not be installed: ${missing[*]}"
 }
 
+# check NAME COMMAND...: one check, shown with its output only when it fails. It counts in passed and failed.
+passed=0
+failed=0
+check() {
+  local name=$1 output
+  shift
+  if output=$("$@" 2>&1); then
+    echo "ok: $name"
+    passed=$((passed + 1))
+  else
+    printf '%s\nFAILED: %s\n' "$output" "$name"
+    failed=$((failed + 1))
+  fi
+}
+
+# The end of a script that checks.
+report() {
+  echo
+  echo "$passed passed, $failed failed"
+  [ "$failed" -eq 0 ]
+}
+
 # run_tests PRESET [CTEST-ARGUMENT...]: runs what ctest knows of a build and ends with "N passed, M failed".
 run_tests() {
   local preset=$1 junit

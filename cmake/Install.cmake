@@ -30,10 +30,5 @@ configure_file(cmake/libMVX2Interfaces.pc.in libMVX2Interfaces.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/libMVX2Interfaces.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
         COMPONENT development)
 
-install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
-install(
-  DIRECTORY docs/
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-  COMPONENT documentation
-  FILES_MATCHING
-  PATTERN "*.md")
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
+install(FILES README.md CHANGELOG.md ${pages} DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)

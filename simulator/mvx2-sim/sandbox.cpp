@@ -62,6 +62,7 @@ void keepMountsPrivate() {
 // installed. It is found before anything is mounted, and without /proc, which a chroot may lack.
 const fs::path module_directory = [] {
   std::error_code error;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the auxiliary vector holds addresses as numbers
   const fs::path program = fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), error);
   return (program.parent_path() / MVX2_SIM_MODULES).lexically_normal();
 }();

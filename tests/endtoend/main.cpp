@@ -26,6 +26,7 @@ namespace {
   words.insert(words.end(), arguments.begin(), arguments.end());
 
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   execv(argv[0], argv.data());

@@ -313,8 +313,10 @@ TEST(MVX2SimControl, RefusesAReaderThatIsNotSimulated) {
 }
 
 TEST(MVX2SimControl, SaysThatAReaderIsOut) {
+  const std::string out = "sh -c '" + sim + " reader out; timeout 20 " + sim + ' ';
   for (const char* line : {"get credit", "set credit 1", "fault clear", "card in"}) {
-    const Result result = simulate("sh -c '" + sim + " reader out; timeout 20 " + sim + " " + line + "'");
+    std::string command = out;
+    const Result result = simulate(command.append(line).append("'"));
     EXPECT_EQ(result.status, 125) << line;
     EXPECT_TRUE(mentions(result, "the reader is out: mvx2-sim reader in terminal")) << result.output;
   }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 
 using mvx2sim::Bytes;
@@ -12,7 +14,7 @@ namespace {
 
 Bytes carry(unsigned char p1, const std::string& text) {
   Bytes apdu = {0xFF, 0x00, p1, 0x00, static_cast<unsigned char>(text.size())};
-  apdu.insert(apdu.end(), text.begin(), text.end());
+  std::copy(text.begin(), text.end(), std::back_inserter(apdu));
   return apdu;
 }
 

@@ -101,14 +101,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--include", required=True)
     parser.add_argument("--exports", required=True)
-    parser.add_argument("--library", required=True)
+    parser.add_argument("--library", dest="built", required=True)
     parser.add_argument("flags", nargs="*")
     options = parser.parse_args()
 
     sides = {
         "the headers": from_headers(options.include, options.flags),
         "the export list": from_list(options.exports),
-        "the library": from_library(options.library),
+        "the library": from_library(options.built),
     }
     differences = [
         f"in {here}, not in {there}: {name}"

@@ -1,6 +1,7 @@
 // The block functions.
 #include <mvx2/aes.h>
 
+#include <array>
 #include <cstring>
 
 #include "crypto/aes_inner_key.h"
@@ -16,6 +17,38 @@ using mvx2::roundKey;
 using mvx2::State;
 using mvx2::storeState;
 
+// Built for 32-bit ARM with and without NEON, the library asks the processor which it is.
+#if defined(MVX2_NEON) && !defined(__ARM_NEON)
+#define MVX2_ASKS_FOR_NEON
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
+
+namespace {
+
+template <class InnerKey>
+int invCipher(unsigned int Nr, const unsigned char* in, unsigned char* out, const uint32_t* w,
+              unsigned char* iv, InnerKey innerKey) {
+  const State plainText = decrypted(w, Nr, loadState(in), innerKey);
+  storeState(out, plainText ^ loadState(iv));
+  // After the output is written: in place, the chaining value becomes the decrypted block.
+  std::array<unsigned char, 16> block;
+  std::memcpy(block.data(), in, 16);
+  std::memcpy(iv, block.data(), 16);
+  return 0;
+}
+
+#ifdef MVX2_ASKS_FOR_NEON
+const bool hasNeon = (getauxval(AT_HWCAP) & HWCAP_NEON) != 0;
+
+MVX2_NEON int invCipherNeon(unsigned int Nr, const unsigned char* in, unsigned char* out, const uint32_t* w,
+                            unsigned char* iv) {
+  return invCipher(Nr, in, out, w, iv, mvx2::neon::invMixedKey);
+}
+#endif
+
+}  // namespace
+
 int aes_Cipher(unsigned int type, const unsigned char* in, unsigned char* out, const uint32_t* w,
                unsigned char* iv) {
   if (type >= AES_KBR.size()) return -1;
@@ -28,11 +61,11 @@ int aes_Cipher(unsigned int type, const unsigned char* in, unsigned char* out, c
 int aes_InvCipher(unsigned int type, const unsigned char* in, unsigned char* out, const uint32_t* w,
                   unsigned char* iv) {
   if (type >= AES_KBR.size()) return -1;
-  const State plainText = decrypted(w, AES_KBR[type].Nr, loadState(in), invMixedKey);
-  storeState(out, plainText ^ loadState(iv));
-  // After the output is written: in place, the chaining value becomes the decrypted block.
-  std::memmove(iv, in, 16);
-  return 0;
+  const unsigned int Nr = AES_KBR[type].Nr;
+#ifdef MVX2_ASKS_FOR_NEON
+  if (hasNeon) return invCipherNeon(Nr, in, out, w, iv);
+#endif
+  return invCipher(Nr, in, out, w, iv, invMixedKey);
 }
 
 void aes_EqInvCipher(unsigned int type, const unsigned char* in, unsigned char* out, const uint32_t* dw) {

@@ -7,12 +7,20 @@
 
 #include "crypto/aes_rounds.h"
 
-namespace mvx2 {
+#if (defined(__ARM_PCS_VFP) || defined(__ARM_NEON)) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+#include "crypto/aes_neon.h"
+#endif
 
-#if (defined(__SSE2__) || defined(__ARM_NEON)) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+namespace mvx2 {
 
 // Where the compiler may use registers of 16 bytes, arithmetic on all four words runs beside the look-ups of
 // the round and takes less time than look-ups of its own.
+#if defined(MVX2_NEON) && defined(__ARM_NEON)
+
+using neon::invMixedKey;
+
+#elif defined(__SSE2__)
+
 using Pairs = std::uint64_t __attribute__((vector_size(16)));
 using Words = std::uint32_t __attribute__((vector_size(16)));
 using Halves = std::uint16_t __attribute__((vector_size(16)));

@@ -1,4 +1,4 @@
-# Debian's cross compiler and multi-arch libraries for arm64; what is built runs under qemu-user here.
+# Debian's cross compiler and multi-arch libraries for arm64; where qemu-user is installed, what is built runs under it.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 
@@ -10,4 +10,7 @@ set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64;-L;/usr/aarch64-linux-gnu)
+find_program(MVX2_QEMU qemu-aarch64)
+if(MVX2_QEMU)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${MVX2_QEMU};-L;/usr/aarch64-linux-gnu)
+endif()

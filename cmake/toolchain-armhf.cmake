@@ -1,4 +1,4 @@
-# Debian's cross compiler and multi-arch libraries for armhf; what is built runs under qemu-user here.
+# Debian's cross compiler and multi-arch libraries for armhf; where qemu-user is installed, what is built runs under it.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
@@ -10,4 +10,7 @@ set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/arm-linux-gnueabihf/pkgconfig:/usr/share/pkgconfig)
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm;-L;/usr/arm-linux-gnueabihf)
+find_program(MVX2_QEMU qemu-arm)
+if(MVX2_QEMU)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${MVX2_QEMU};-L;/usr/arm-linux-gnueabihf)
+endif()

@@ -8,6 +8,13 @@
 #include "crypto/aes_rounds.h"
 #include "crypto/aes_tables.h"
 
+// Built for 32-bit ARM with and without NEON, the library asks the processor which it is.
+#if defined(MVX2_NEON) && !defined(__ARM_NEON)
+#define MVX2_ASKS_FOR_NEON
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
+
 using mvx2::AES_KBR;
 using mvx2::decrypted;
 using mvx2::encrypted;
@@ -17,13 +24,6 @@ using mvx2::roundKey;
 using mvx2::State;
 using mvx2::storeState;
 
-// Built for 32-bit ARM with and without NEON, the library asks the processor which it is.
-#if defined(MVX2_NEON) && !defined(__ARM_NEON)
-#define MVX2_ASKS_FOR_NEON
-#include <asm/hwcap.h>
-#include <sys/auxv.h>
-#endif
-
 namespace {
 
 template <class InnerKey>
@@ -31,8 +31,9 @@ int invCipher(unsigned int Nr, const unsigned char* in, unsigned char* out, cons
               unsigned char* iv, InnerKey innerKey) {
   const State plainText = decrypted(w, Nr, loadState(in), innerKey);
   storeState(out, plainText ^ loadState(iv));
-  // After the output is written: in place, the chaining value becomes the decrypted block.
-  std::array<unsigned char, 16> block;
+  // After the output is written: in place, the chaining value becomes the decrypted block. A memmove() would
+  // be a call on ARM.
+  std::array<unsigned char, 16> block = {};
   std::memcpy(block.data(), in, 16);
   std::memcpy(iv, block.data(), 16);
   return 0;

@@ -42,7 +42,8 @@ std::unique_ptr<Reader> makeReader(const std::string& device) {
 }  // namespace
 
 Slot::Slot(std::unique_ptr<Reader> reader, const std::string& controlPath)
-    : m_reader(std::move(reader)), m_socket(controlPath) {}
+    : m_reader(std::move(reader)),
+      m_socket(controlPath, [this](const std::string& line) { return control(line); }) {}
 
 bool Slot::cardPresent() {
   const std::lock_guard lock(m_mutex);
@@ -73,10 +74,6 @@ Exchange Slot::transmit(const Bytes& apdu) {
 std::string Slot::control(const std::string& line) {
   const std::lock_guard lock(m_mutex);
   return m_reader->control(line);
-}
-
-void Slot::wait(int milliseconds) {
-  m_socket.wait(milliseconds, [this](const std::string& line) { return control(line); });
 }
 
 Slot* findSlot(unsigned long lun) {

@@ -22,15 +22,15 @@ class Slot {
   Exchange transmit(const Bytes& apdu);
   std::string control(const std::string& line);
 
-  // What the daemon's thread for this reader does between two looks at the slot: serves the control socket.
-  // Returns early when a line of control came, since the card may have moved.
-  void wait(int milliseconds);
+  // What the daemon's thread for this reader does between two looks at the slot. Ends early when a line of
+  // control came, since the card may have moved.
+  void wait(int milliseconds) const { m_socket.wait(milliseconds); }
   void wake() const { m_socket.wake(); }
 
  private:
   std::mutex m_mutex;
   std::unique_ptr<Reader> m_reader;
-  ControlSocket m_socket;
+  ControlSocket m_socket;  // last: its thread uses the others
 };
 
 // The slot behind a reader number of the daemon, which lives until the daemon ends: a reader that is pulled

@@ -36,7 +36,7 @@ RESPONSECODE answer(const Bytes& value, PDWORD length, PUCHAR out) {
 }
 
 RESPONSECODE waitForEvent(DWORD lun, int timeout) {
-  Slot* const slot = findSlot(lun);
+  const Slot* const slot = findSlot(lun);
   if (slot == nullptr) return IFD_NO_SUCH_DEVICE;
   slot->wait(std::clamp(timeout, 0, max_wait_milliseconds));
   return IFD_SUCCESS;

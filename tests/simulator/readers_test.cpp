@@ -5,8 +5,10 @@
 
 #include <winscard.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -154,6 +156,21 @@ TEST_F(TerminalClient, SeesAnotherFirstByteATruncatedAndAnOverlongReply) {
 TEST_F(TerminalClient, GetsADelayedReplyAllTheSame) {
   sim("fault delay 50");
   EXPECT_EQ(ask("credit\r"), default_credit);
+}
+
+TEST_F(TerminalClient, IsScriptedFromOutsideWhileAReplyIsDelayed) {
+  sim("fault delay 60000");
+  std::atomic<bool> replied = false;
+  std::thread asking([this, &replied] {
+    ask("credit\r");
+    replied = true;
+  });
+  // NOLINTNEXTLINE(cert-env33-c): the command line is this file's own
+  while (std::system(MVX2_SIM " get transmits | grep -qx 0") == 0) continue;
+  for (int i = 0; i < 10; ++i) sim("get transmits");
+  EXPECT_FALSE(replied);
+  sim("daemon stop");  // nobody waits for the reply any more
+  asking.join();
 }
 
 TEST_F(TerminalClient, LosesTheCardAndConnectsAgainWhenItIsBack) {
